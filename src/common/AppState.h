@@ -1,0 +1,56 @@
+#pragma once
+// Program-wide values shared by every subsystem. Plain state without locking:
+// the program has one user-interface thread.
+
+#include <QString>
+#include <QStringList>
+#include <array>
+
+namespace ht {
+
+enum ItemKind { KindAlarms = 1, KindWarnings = 2, KindMaterialChange = 3 };
+
+struct AppState {
+    QString mode;                   // "EDIT" or "IMPORT"
+    bool runningOnMachinePC = false;
+    QString iniPath;                // the settings file in use
+
+    // Standard paths, read on the machine PC only.
+    QString standardHelpTextDB;
+    QString standardIndexTextDB;
+    QString standardLangLookupDB;
+    QString standardHelpDir;
+
+    QString helpTextDB;             // active help-text database
+    QString langLookupDB;           // active language-definition database
+    QString indexTextDB;            // index-text database used for ###DIREKT: addresses
+    QString helpMainDir;            // always ends with a separator when set
+    QString lastBackupPath;
+
+    QString xlAlarmsWarnings;
+    QString xlMaterialChange;
+
+    bool materialChangePresent = false;
+    bool generateAfterEditAlarm = false;
+    bool generateAfterEditWarnings = false;
+    bool generateAfterEditMaterialChange = false;
+
+    bool unattended = false;        // messages go to the error log instead of boxes
+    bool writingHtml = false;
+    bool abortHtml = false;
+    bool programEnding = false;
+    bool pathsRead = false;
+    bool startupChecksDone = false;
+    bool switchingForm = false;
+    bool importerFlag = false;
+
+    int currentKind = KindAlarms;
+    QString currentCodePage;
+    QString screenResolution;       // screen width in pixels as text, e.g. "1024"
+    QStringList commandLine;        // element 0 is the first parameter (may be "")
+
+    std::array<long, 4> maxItems{0, 0, 0, 0}; // index 1..3 by ItemKind
+    int anzFehler = -1;             // importer's added-item count
+};
+
+} // namespace ht

@@ -1,0 +1,82 @@
+#include "common/ErrorLog.h"
+
+#include "common/Context.h"
+#include "common/Messages.h"
+#include "common/Platform.h"
+
+#include <QFile>
+#include <cstdio>
+
+namespace ht {
+
+QString errorLogPath(const Context &ctx)
+{
+    return joinPath(ctx.programDir, ctx.programName + QStringLiteral("Error.log"));
+}
+
+void LogError(Context &ctx, const QString &text)
+{
+    // Opened for appending for each entry and closed at once, so that nothing
+    // is lost when the program ends abruptly afterwards.
+    QFile f(errorLogPath(ctx));
+    const QByteArray line = text.toUtf8() + "\r\n";
+    if (!f.open(QIODevice::WriteOnly | QIODevice::Append) || f.write(line) != line.size()) {
+        // The log itself is unwritable: reporting through the log again would
+        // only fail again, so the last resort is the standard error stream.
+        std::fprintf(stderr, "LogError: cannot write %s: %s\n", qPrintable(f.fileName()), qPrintable(text));
+    }
+}
+
+QString unexpectedErrorText(long number, const QString &procedure, const QString &description)
+{
+    return QStringLiteral("Unexpected error!") + LFCR + QStringLiteral("No: ") + QString::number(number) + LFCR +
+           QStringLiteral("Source: ") + procedure + LFCR + description;
+}
+
+QString unexpectedErrorLogLine(long number, const QString &procedure, const QString &description)
+{
+    return QStringLiteral("Unexpected error!\tNo: ") + QString::number(number) + QStringLiteral("\tSource: ") +
+           procedure + QLatin1Char('\t') + description;
+}
+
+int ShowUnexpectedError(Context &ctx, long number, const QString &source, const QString &description,
+                        const QString &procedure)
+{
+    (void)source; // the report names the procedure, as every handler passes its own name
+    if (ctx.state.runningOnMachinePC) {
+        LogError(ctx, unexpectedErrorLogLine(number, procedure, description));
+        return 1;
+    }
+    const QString text = unexpectedErrorText(number, procedure, description);
+    LogError(ctx, text);
+    if (ctx.state.unattended || !ctx.ui)
+        return 1;
+    const Answer a =
+        ctx.ui->messageBox(text + LFCR + QStringLiteral("Continue?"), Buttons::YesNo, Icon::Critical,
+                           QStringLiteral("Unexpected error"));
+    return a == Answer::Yes ? 2 : 1;
+}
+
+void EndProgram(Context &ctx, int exitCode)
+{
+    ctx.state.programEnding = true;
+    if (ctx.endProgram)
+        ctx.endProgram(exitCode);
+    throw ProgramEnded{exitCode};
+}
+
+void ShowErrorMessage(Context &ctx, const QString &procedure, long number, const QString &description)
+{
+    showMessage(ctx,
+                QStringLiteral("An error has occurred in ") + procedure + QStringLiteral("!") + LFCR +
+                    QStringLiteral("No.: ") + QString::number(number) + QStringLiteral(" , ") + description,
+                Buttons::OK, Icon::Critical);
+}
+
+void reportUnexpected(Context &ctx, const QString &procedure, const std::exception &e)
+{
+    if (ShowUnexpectedError(ctx, 0, procedure, QString::fromUtf8(e.what()), procedure) == 1)
+        EndProgram(ctx, 1);
+}
+
+} // namespace ht
