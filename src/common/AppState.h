@@ -23,6 +23,7 @@ struct AppState {
 
     QString helpTextDB;             // active help-text database
     QString langLookupDB;           // active language-definition database
+    bool langLookupHasSubstBy = false; // the language-definition database has the SubstBy column
     QString indexTextDB;            // index-text database used for ###DIREKT: addresses
     QString helpMainDir;            // always ends with a separator when set
     QString lastBackupPath;
