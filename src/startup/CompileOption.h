@@ -1,7 +1,8 @@
 #pragma once
 #include <QString>
 
-namespace ht {
+namespace ht
+{
 // "EDIT" or "IMPORT", fixed when the executable was built.
 QString GetCompileOption();
 } // namespace ht

@@ -1,0 +1,7 @@
+# Start-up additions: the version shown in the start-up dialog, and a third
+# variant built without a mode so that the refusal of such a build is testable.
+target_compile_definitions(helptext_startup PRIVATE HELPTEXT_VERSION="${PROJECT_VERSION}")
+
+add_executable(helptext-nomode ${CMAKE_SOURCE_DIR}/src/app/main.cpp ${CMAKE_SOURCE_DIR}/src/app/CompileOption.cpp)
+target_compile_definitions(helptext-nomode PRIVATE HELPTEXT_COMPILE_OPTION="")
+target_link_libraries(helptext-nomode PRIVATE helptext_forms)
