@@ -8,7 +8,7 @@ PACKAGES=(
   libgtest-dev libbenchmark-dev
   mdbtools-dev libglib2.0-dev libfreexl-dev
   fonts-liberation fontconfig
-  sqlite3
+  sqlite3 libsqlite3-dev
 )
 
 missing=()

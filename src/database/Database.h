@@ -13,10 +13,12 @@
 #include <stdexcept>
 #include <vector>
 
-namespace ht {
+namespace ht
+{
 
-class DbError : public std::runtime_error {
-public:
+class DbError : public std::runtime_error
+{
+  public:
     using std::runtime_error::runtime_error;
 };
 
@@ -24,8 +26,9 @@ enum class DbFormat { Missing, SQLite, Jet, Unknown };
 DbFormat detectDatabaseFormat(const QString &path); // by the file's header, never its extension
 
 // A fully read result: rows of values, navigated like a classic recordset.
-class Recordset {
-public:
+class Recordset
+{
+  public:
     Recordset() = default;
     Recordset(QStringList fields, std::vector<QVariantList> rows);
 
@@ -46,7 +49,7 @@ public:
 
     const std::vector<QVariantList> &rows() const { return m_rows; }
 
-private:
+  private:
     QStringList m_fields;
     std::vector<QVariantList> m_rows;
     int m_pos = 0;
@@ -54,12 +57,13 @@ private:
 
 struct ColumnInfo {
     QString name;
-    QString type;   // declared SQL type, upper case ("TEXT", "INTEGER", ...)
+    QString type; // declared SQL type, upper case ("TEXT", "INTEGER", ...)
     bool isText() const;
 };
 
-class Database {
-public:
+class Database
+{
+  public:
     enum class Mode { ReadOnly, ReadWrite };
     ~Database();
     Database(const Database &) = delete;
@@ -74,10 +78,12 @@ public:
     QString path() const;
     DbFormat format() const;
 
-    // Values are bound positionally to "?" placeholders.
+    // Values are bound positionally to "?" placeholders. A failing statement throws DbError.
     Recordset query(const QString &sql, const QVariantList &params = {});
     int exec(const QString &sql, const QVariantList &params = {}); // rows affected
     QVariant lastInsertId() const;
+    // Several ";"-separated statements without parameters (schema scripts).
+    void execScript(const QString &sql);
 
     // Schema
     QStringList tables();
@@ -85,21 +91,40 @@ public:
     std::vector<ColumnInfo> columns(const QString &table);
     bool hasColumn(const QString &table, const QString &column);
 
-    // RAII transaction: rolls back unless commit() was called.
-    class Transaction {
-    public:
+    // Schema changes (SQLite only). Names are quoted here, never taken as SQL.
+    void addColumn(const QString &table, const QString &column, const QString &declaredType);
+    void renameColumn(const QString &table, const QString &from, const QString &to);
+    void dropColumn(const QString &table, const QString &column); // rebuilds the table when indexed
+    // Gives `column` a new declared type (e.g. "TEXT COLLATE NOCASE") by rebuilding the
+    // table in one transaction; values, column order, keys and indexes are kept.
+    void changeColumnType(const QString &table, const QString &column, const QString &declaredType);
+
+    // RAII transaction: rolls back unless commit() was called. Nests (inner ones are savepoints).
+    class Transaction
+    {
+      public:
         explicit Transaction(Database &db);
         ~Transaction();
         void commit();
-    private:
+
+      private:
         Database &m_db;
         bool m_done = false;
+        int m_level = 0;
     };
 
     struct Impl;
-private:
+
+  private:
     explicit Database(std::unique_ptr<Impl> impl);
     std::unique_ptr<Impl> d;
 };
+
+// "name" quoted as an SQL identifier ("a""b" for a"b).
+QString quoteIdentifier(const QString &name);
+
+// Writes every table of a Jet file into a new SQLite file (one transaction). Throws DbError
+// when `sqlitePath` exists or anything fails; no partial file is left behind.
+void convertJetToSqlite(const QString &jetPath, const QString &sqlitePath);
 
 } // namespace ht

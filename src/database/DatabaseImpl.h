@@ -1,0 +1,43 @@
+#pragma once
+// Internal state of one open database; shared by the Database*.cpp files only.
+
+#include "database/Database.h"
+
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <memory>
+
+struct sqlite3;
+
+namespace ht
+{
+
+class JetFile;
+
+struct Database::Impl {
+    QString connection; // unique QSqlDatabase connection name, removed with the object
+    QSqlDatabase db;
+    sqlite3 *handle = nullptr;
+    QString path;
+    DbFormat format = DbFormat::SQLite;
+    Mode mode = Mode::ReadWrite;
+    QVariant lastInsertId;
+    int transactionDepth = 0;
+    std::unique_ptr<JetFile> jet; // set for a Jet file: tables are copied in on first use
+
+    Impl();
+    ~Impl();
+
+    // Opens the connection on `name` (a file path or ":memory:") and installs the caseless text rules.
+    void openConnection(const QString &name, bool readOnly);
+    // Prepares, binds and executes; copies Jet tables in as the statement needs them.
+    QSqlQuery run(const QString &sql, const QVariantList &params);
+    [[noreturn]] void fail(const QString &what, const QString &detail) const;
+
+    // Jet only: copies `table` (any case) into the memory database unless already there.
+    // Returns false when the Jet file has no such table.
+    bool ensureJetTable(const QString &table);
+    bool hasSqliteTable(const QString &table);
+};
+
+} // namespace ht

@@ -1,0 +1,52 @@
+#pragma once
+// Read access to a Jet (Access .mdb/.vws) file through libmdb. Only this file and
+// JetFile.cpp see libmdb; the rest of the layer gets names, types and QVariant rows.
+
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace ht
+{
+
+struct JetColumn {
+    QString name;
+    int jetType = 0; // libmdb column type (MDB_TEXT, MDB_LONGINT, ...)
+    QString sqlType; // the SQLite declaration the column gets when copied
+    bool autoNumber = false;
+};
+
+class JetFile
+{
+  public:
+    // Throws DbError when the file is missing, not a Jet file or damaged beyond reading.
+    static std::unique_ptr<JetFile> open(const QString &path);
+    ~JetFile();
+    JetFile(const JetFile &) = delete;
+    JetFile &operator=(const JetFile &) = delete;
+
+    QStringList tableNames() const;               // user tables, catalog order
+    QString findTable(const QString &name) const; // catalog spelling of `name` (any case), "" when absent
+
+    // Reads one table: its columns first, then every row in file order. Text comes back as
+    // QString (NULL and "" both as ""), whole numbers as qlonglong, Booleans as 0 / -1 (Jet's
+    // True), floating and currency values as double, dates as ISO text, binary data as
+    // QByteArray; other NULLs as a null QVariant. Throws DbError on unreadable data.
+    void readTable(const QString &table, const std::function<void(const std::vector<JetColumn> &)> &onColumns,
+                   const std::function<void(const QVariantList &)> &onRow);
+
+    struct Handle;
+
+  private:
+    explicit JetFile(std::unique_ptr<Handle> h);
+    std::unique_ptr<Handle> h;
+};
+
+// Creates `table` in the SQLite connection `connection` and copies every row into it.
+// The caller frames the copy in a transaction.
+void copyJetTable(JetFile &jet, const QString &table, const QString &connection);
+
+} // namespace ht
