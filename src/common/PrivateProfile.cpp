@@ -186,8 +186,11 @@ QByteArray lineBreakOf(const QByteArray &bytes, const std::vector<ProfileLine> &
 bool writeAll(const QString &file, const QByteArray &bytes)
 {
     const QFileInfo fi(file);
-    if (fi.exists() && (!fi.isFile() || !fi.isWritable()))
-        return false; // a read-only settings file stays as it is
+    // A read-only settings file stays as it is, also for an administrator
+    // whom the file system would let through.
+    constexpr auto anyWrite = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
+    if (fi.exists() && (!fi.isFile() || !fi.isWritable() || !(fi.permissions() & anyWrite)))
+        return false;
     QSaveFile out(file);
     // A writable file in a read-only directory is written in place.
     out.setDirectWriteFallback(true);

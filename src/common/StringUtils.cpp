@@ -14,16 +14,20 @@ namespace ht
 namespace
 {
 
-// The number a code-page text stands for: its leading digits, 0 without any.
+// The number a code-page text stands for: its leading (signed) digits, 0
+// without any. A negative number is no code page at all.
 int codePageNumber(const QString &text)
 {
+    const QString t = text.trimmed();
+    const bool negative = t.startsWith(QLatin1Char('-'));
     int n = 0;
-    for (const QChar c : text.trimmed()) {
+    for (qsizetype i = negative ? 1 : 0; i < t.size(); ++i) {
+        const QChar c = t[i];
         if (c < QLatin1Char('0') || c > QLatin1Char('9') || n > 100000)
             break;
         n = n * 10 + (c.unicode() - '0');
     }
-    return n;
+    return negative ? -n : n;
 }
 
 // The replacement as the Windows conversion hands it back: the characters are

@@ -1,0 +1,137 @@
+#include "common/ErrorLog.h"
+#include "QtPrinters.h"
+#include "common/Messages.h"
+#include "support/TestSupport.h"
+
+#include <QDir>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+using namespace ht;
+using ht::test::readFileBytes;
+using ht::test::TestContext;
+
+namespace
+{
+
+TEST(LogError, AppendsExactlyTheTextAndCrLf)
+{
+    TestContext tc;
+    EXPECT_EQ(errorLogPath(tc.ctx), tc.path("helptextError.log"));
+    LogError(tc.ctx, "first");
+    LogError(tc.ctx, QString::fromUtf8("zweite Zeile: Gerät\tmit Tab"));
+    LogError(tc.ctx, "");
+    EXPECT_EQ(readFileBytes(tc.path("helptextError.log")),
+              QByteArray("first\r\nzweite Zeile: Ger\xc3\xa4t\tmit Tab\r\n\r\n"));
+}
+
+TEST(LogError, UnwritableLogDoesNotStopTheProgram)
+{
+    TestContext tc;
+    // The log's name is taken by a directory, so it cannot be opened at all.
+    ASSERT_TRUE(QDir(tc.dir.path()).mkdir("helptextError.log"));
+    EXPECT_NO_THROW(LogError(tc.ctx, "lost"));
+    tc.ctx.state.runningOnMachinePC = true;
+    EXPECT_EQ(ShowUnexpectedError(tc.ctx, 5, "x", "Invalid procedure call", "SaveIni"), 1);
+
+    tc.ctx.programDir = tc.path("no/such/dir");
+    EXPECT_NO_THROW(LogError(tc.ctx, "lost too"));
+}
+
+struct ReportCase {
+    const char *name;
+    bool machinePC;
+    bool unattended;
+    Answer answer;
+    int expected;
+    bool boxShown;
+};
+
+class UnexpectedError : public ::testing::TestWithParam<ReportCase>
+{
+};
+
+TEST_P(UnexpectedError, LogsAndAsksByMode)
+{
+    TestContext tc;
+    const ReportCase &c = GetParam();
+    tc.ctx.state.runningOnMachinePC = c.machinePC;
+    tc.ctx.state.unattended = c.unattended;
+    tc.ui.push(c.answer);
+
+    EXPECT_EQ(ShowUnexpectedError(tc.ctx, 13, "VBA", "Type mismatch", "SaveIni"), c.expected);
+
+    const QString workstation = QStringLiteral("Unexpected error!\n\rNo: 13\n\rSource: SaveIni\n\rType mismatch");
+    const QString machine = QStringLiteral("Unexpected error!\tNo: 13\tSource: SaveIni\tType mismatch");
+    EXPECT_EQ(tc.errorLog(), (c.machinePC ? machine : workstation) + "\r\n");
+    ASSERT_EQ(tc.ui.shown.size(), c.boxShown ? 1u : 0u);
+    if (c.boxShown) {
+        EXPECT_EQ(tc.ui.shown[0].text, workstation + "\n\rContinue?");
+        EXPECT_EQ(tc.ui.shown[0].title, "Unexpected error");
+        EXPECT_EQ(tc.ui.shown[0].buttons, Buttons::YesNo);
+        EXPECT_EQ(tc.ui.shown[0].icon, Icon::Critical);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, UnexpectedError,
+                         ::testing::Values(ReportCase{"WorkstationYesGoesOn", false, false, Answer::Yes, 2, true},
+                                           ReportCase{"WorkstationNoStops", false, false, Answer::No, 1, true},
+                                           ReportCase{"UnattendedStops", false, true, Answer::Yes, 1, false},
+                                           ReportCase{"MachinePCNeverAsks", true, false, Answer::Yes, 1, false}),
+                         [](const auto &info) { return std::string(info.param.name); });
+
+TEST(ReportUnexpected, EndsOnlyWhenTheAnswerIsStop)
+{
+    TestContext tc;
+    const std::runtime_error failure("disk on fire");
+
+    tc.ui.push(Answer::Yes);
+    EXPECT_NO_THROW(reportUnexpected(tc.ctx, "WriteHTMLPage", failure));
+    EXPECT_FALSE(tc.ctx.state.programEnding);
+    EXPECT_TRUE(tc.errorLog().contains("Source: WriteHTMLPage\n\rdisk on fire\r\n"));
+
+    tc.ui.push(Answer::No);
+    EXPECT_THROW(reportUnexpected(tc.ctx, "WriteHTMLPage", failure), ProgramEnded);
+    EXPECT_TRUE(tc.ctx.state.programEnding);
+
+    TestContext machine;
+    machine.ctx.state.runningOnMachinePC = true;
+    EXPECT_THROW(reportUnexpected(machine.ctx, "ImportAlarmsWarnings", failure), ProgramEnded);
+    EXPECT_TRUE(machine.ui.shown.empty());
+}
+
+TEST(EndProgram, EndsEvenWithoutHandler)
+{
+    TestContext tc;
+    tc.ctx.endProgram = nullptr;
+    try {
+        EndProgram(tc.ctx, 3);
+        FAIL() << "EndProgram returned";
+    } catch (const ProgramEnded &e) {
+        EXPECT_EQ(e.exitCode, 3);
+    }
+}
+
+TEST(ShowErrorMessage, NamesProcedureNumberAndDescription)
+{
+    TestContext tc;
+    ShowErrorMessage(tc.ctx, "CommandImport_Click", 3021, "No current record.");
+    ASSERT_EQ(tc.ui.shown.size(), 1u);
+    EXPECT_EQ(tc.ui.shown[0].text, "An error has occurred in CommandImport_Click!\n\rNo.: 3021 , No current record.");
+}
+
+TEST(ShowMessage, UnattendedGoesToTheLogWithSafeAnswer)
+{
+    TestContext tc;
+    tc.ctx.state.unattended = true;
+    tc.ui.push(Answer::Yes);
+    EXPECT_EQ(showMessage(tc.ctx, "Delete?", Buttons::YesNo, Icon::Question), Answer::No);
+    EXPECT_EQ(showMessage(tc.ctx, "Retry?", Buttons::RetryCancel), Answer::Cancel);
+    EXPECT_TRUE(tc.ui.shown.empty());
+    EXPECT_EQ(tc.errorLog(), "Delete?\r\nRetry?\r\n");
+
+    tc.ctx.state.unattended = false;
+    EXPECT_EQ(showMessage(tc.ctx, "Delete?", Buttons::YesNo, Icon::Question), Answer::Yes);
+}
+
+} // namespace
