@@ -1,14 +1,75 @@
-// Entry point of both variants (see CompileOption.cpp). Start-up logic lives in
-// src/startup; this file only creates the application object.
+// Entry point of both variants (the variant is fixed per executable, see
+// CompileOption.cpp). Everything the program does starts in the start-up dialog.
 #include "common/Context.h"
+#include "common/ScriptedUserInterface.h"
+#include "common/forms/QtUserInterface.h"
 #include "startup/CompileOption.h"
+#include "startup/StartupDialog.h"
+#include "startup/forms/ProgramRun.h"
 
 #include <QApplication>
 #include <cstdio>
+#include <cstdlib>
+
+namespace
+{
+
+// Without any display the batch run must still work: use the platform that
+// needs none.
+void chooseHeadlessPlatformIfNoDisplay()
+{
+    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+        qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
+bool nobodyCanAnswer()
+{
+    const QString platform = QGuiApplication::platformName();
+    return platform == QLatin1String("offscreen") || platform == QLatin1String("minimal");
+}
+
+} // namespace
 
 int main(int argc, char **argv)
 {
+    chooseHeadlessPlatformIfNoDisplay();
     QApplication app(argc, argv);
-    std::printf("helptext %s: start-up not built yet\n", qPrintable(ht::GetCompileOption()));
-    return 0;
+    // Main forms and the start-up dialog decide themselves when the program ends.
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    ht::Context ctx;
+    ht::initProgramLocation(ctx);
+    ht::QtUserInterface dialogs;
+    ht::ScriptedUserInterface noAnswers; // every question cancelled, every box logged
+    if (nobodyCanAnswer()) {
+        // On a headless platform a dialog would wait forever for a click.
+        ctx.ui = &noAnswers;
+        ctx.state.unattended = true;
+    } else {
+        ctx.ui = &dialogs;
+    }
+    ctx.processEvents = [] { QCoreApplication::processEvents(); };
+
+    // Before the event loop runs, EndProgram's ProgramEnded comes back here.
+    // Inside it, the program ends at once, as the classic End did: an
+    // exception must not cross Qt's event dispatch.
+    bool loopRunning = false;
+    ctx.endProgram = [&loopRunning](int code) {
+        if (loopRunning) {
+            std::fflush(nullptr);
+            std::_Exit(code);
+        }
+    };
+
+    ht::StartupSession session;
+    session.compileOption = ht::GetCompileOption();
+    try {
+        return ht::RunProgram(ctx, session, [&] {
+            loopRunning = true;
+            return app.exec();
+        });
+    } catch (const ht::ProgramEnded &ended) {
+        return ended.exitCode;
+    }
 }

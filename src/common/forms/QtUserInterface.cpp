@@ -1,0 +1,158 @@
+#include "common/forms/QtUserInterface.h"
+
+#include "common/Platform.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QInputDialog>
+#include <QMessageBox>
+
+namespace ht
+{
+
+namespace
+{
+
+QWidget *dialogParent()
+{
+    return QApplication::activeWindow();
+}
+
+QMessageBox::StandardButtons standardButtons(Buttons buttons)
+{
+    switch (buttons) {
+    case Buttons::OK:
+        return QMessageBox::Ok;
+    case Buttons::OKCancel:
+        return QMessageBox::Ok | QMessageBox::Cancel;
+    case Buttons::YesNo:
+        return QMessageBox::Yes | QMessageBox::No;
+    case Buttons::YesNoCancel:
+        return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    case Buttons::RetryCancel:
+        return QMessageBox::Retry | QMessageBox::Cancel;
+    }
+    return QMessageBox::Ok;
+}
+
+QMessageBox::Icon messageIcon(Icon icon)
+{
+    switch (icon) {
+    case Icon::Critical:
+        return QMessageBox::Critical;
+    case Icon::Question:
+        return QMessageBox::Question;
+    case Icon::Exclamation:
+        return QMessageBox::Warning;
+    case Icon::Information:
+        return QMessageBox::Information;
+    case Icon::None:
+        break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+Answer toAnswer(int button, Buttons buttons)
+{
+    switch (button) {
+    case QMessageBox::Ok:
+        return Answer::OK;
+    case QMessageBox::Cancel:
+        return Answer::Cancel;
+    case QMessageBox::Yes:
+        return Answer::Yes;
+    case QMessageBox::No:
+        return Answer::No;
+    case QMessageBox::Retry:
+        return Answer::Retry;
+    default:
+        return defaultAnswer(buttons); // closed with the window's close box
+    }
+}
+
+// The classic messages break lines as LF CR; a lone CR would show as a glyph.
+QString displayText(QString text)
+{
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    text.replace(QLatin1String("\n\r"), QLatin1String("\n"));
+    text.remove(QLatin1Char('\r'));
+    return text;
+}
+
+} // namespace
+
+QString qtFileFilter(const QString &classicFilter)
+{
+    const QStringList parts = classicFilter.split(QLatin1Char('|'));
+    QStringList filters;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        QString patterns = parts[i + 1];
+        patterns.replace(QLatin1Char(';'), QLatin1Char(' '));
+        filters << parts[i] + QStringLiteral(" (") + patterns + QLatin1Char(')');
+    }
+    return filters.join(QStringLiteral(";;"));
+}
+
+Answer QtUserInterface::messageBox(const QString &text, Buttons buttons, Icon icon, const QString &title)
+{
+    QMessageBox box(messageIcon(icon), title.isEmpty() ? QApplication::applicationDisplayName() : title,
+                    displayText(text), standardButtons(buttons), dialogParent());
+    return toAnswer(box.exec(), buttons);
+}
+
+std::optional<QString> QtUserInterface::inputBox(const QString &prompt, const QString &title,
+                                                 const QString &defaultValue)
+{
+    bool ok = false;
+    const QString value =
+        QInputDialog::getText(dialogParent(), title, displayText(prompt), QLineEdit::Normal, defaultValue, &ok);
+    if (!ok)
+        return std::nullopt;
+    return value;
+}
+
+std::optional<OpenFileChoice> QtUserInterface::openFile(const QString &title, const QString &filter,
+                                                        const QString &startPath)
+{
+    // Qt's own dialog, so that the "open read-only" box can be added like the
+    // classic one had it.
+    QFileDialog dialog(dialogParent(), title, startPath, qtFileFilter(filter));
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    if (fileExists(startPath))
+        dialog.selectFile(startPath);
+    auto *readOnly = new QCheckBox(QStringLiteral("Open as read-only"), &dialog);
+    if (auto *grid = qobject_cast<QGridLayout *>(dialog.layout()))
+        grid->addWidget(readOnly, grid->rowCount(), 0, 1, grid->columnCount());
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return std::nullopt;
+    return OpenFileChoice{dialog.selectedFiles().constFirst(), readOnly->isChecked()};
+}
+
+std::optional<QString> QtUserInterface::chooseDirectory(const QString &title, const QString &preset)
+{
+    const QString dir = QFileDialog::getExistingDirectory(dialogParent(), title, preset);
+    if (dir.isEmpty())
+        return std::nullopt;
+    // The help main directory always ends with a separator (a root already does).
+    return withTrailingSeparator(QDir::toNativeSeparators(dir));
+}
+
+std::optional<int> QtUserInterface::chooseScreenWidth(int preset)
+{
+    const QStringList widths{QStringLiteral("800"), QStringLiteral("1024"), QStringLiteral("1280")};
+    const qsizetype current = std::max<qsizetype>(0, widths.indexOf(QString::number(preset)));
+    bool ok = false;
+    const QString chosen = QInputDialog::getItem(dialogParent(), QStringLiteral("Screen size"),
+                                                 QStringLiteral("Screen width of the machine's panel (pixels):"),
+                                                 widths, int(current), false, &ok);
+    if (!ok)
+        return std::nullopt;
+    return chosen.toInt();
+}
+
+} // namespace ht

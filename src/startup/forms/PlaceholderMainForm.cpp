@@ -1,0 +1,54 @@
+#include "startup/forms/PlaceholderMainForm.h"
+
+#include "common/Context.h"
+#include "common/forms/QtStatusTarget.h"
+#include "startup/forms/MainForms.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QLabel>
+#include <QMenuBar>
+#include <QStatusBar>
+
+namespace ht
+{
+
+PlaceholderMainForm::PlaceholderMainForm(Context &ctx, StartupSession &session, const QString &mode)
+    : m_ctx(ctx), m_session(session)
+{
+    setAttribute(Qt::WA_DeleteOnClose);
+    const bool edit = mode == QLatin1String("EDIT");
+    const QString formName =
+        edit ? QStringLiteral("editor form (frmEdit)") : QStringLiteral("importer form (frmImport)");
+    setWindowTitle(edit ? QStringLiteral("Helptext Editor") : QStringLiteral("Helptext Importer"));
+
+    auto *text = new QLabel(this);
+    text->setWordWrap(true);
+    text->setMargin(24);
+    text->setAlignment(Qt::AlignCenter);
+    text->setText(QStringLiteral("The start-up checks have passed.\n\nThe %1 arrives in a later version of this "
+                                 "program; this window only stands in for it.\n\nHelp > Info shows the settings "
+                                 "in use. Pages can already be generated from the command line: /html/Alarms/"
+                                 "Warnings/MaterialChange.")
+                      .arg(formName));
+    setCentralWidget(text);
+
+    QMenu *file = menuBar()->addMenu(QStringLiteral("&File"));
+    file->addAction(QStringLiteral("E&xit"), this, &QWidget::close);
+    QMenu *help = menuBar()->addMenu(QStringLiteral("&Help"));
+    help->addAction(QStringLiteral("&Info"), this, [this] { ShowInfoBox(m_ctx, m_session, this); });
+
+    m_status = std::make_unique<QtStatusTarget>(this, statusBar());
+    statusBar()->showMessage(m_ctx.state.helpTextDB);
+    resize(640, 360);
+}
+
+PlaceholderMainForm::~PlaceholderMainForm() = default;
+
+void PlaceholderMainForm::closeEvent(QCloseEvent *e)
+{
+    e->accept();
+    QCoreApplication::exit(0);
+}
+
+} // namespace ht
