@@ -7,7 +7,13 @@
 #include <QFile>
 #include <cstdio>
 
-namespace ht {
+namespace ht
+{
+
+namespace
+{
+constexpr long kFileAccessError = 75; // the classic "Path/File access error"
+} // namespace
 
 QString errorLogPath(const Context &ctx)
 {
@@ -16,15 +22,35 @@ QString errorLogPath(const Context &ctx)
 
 void LogError(Context &ctx, const QString &text)
 {
+    // Set while a failure of the log itself is being reported: that report
+    // writes to the log as well, and must not report its own failure again.
+    static thread_local bool reportingLogFailure = false;
+
     // Opened for appending for each entry and closed at once, so that nothing
     // is lost when the program ends abruptly afterwards.
     QFile f(errorLogPath(ctx));
     const QByteArray line = text.toUtf8() + "\r\n";
-    if (!f.open(QIODevice::WriteOnly | QIODevice::Append) || f.write(line) != line.size()) {
-        // The log itself is unwritable: reporting through the log again would
-        // only fail again, so the last resort is the standard error stream.
-        std::fprintf(stderr, "LogError: cannot write %s: %s\n", qPrintable(f.fileName()), qPrintable(text));
+    if (f.open(QIODevice::WriteOnly | QIODevice::Append) && f.write(line) == line.size())
+        return;
+    const QString why = f.errorString();
+    std::fprintf(stderr, "LogError: cannot write %s (%s): %s\n", qPrintable(f.fileName()), qPrintable(why),
+                 qPrintable(text));
+    // A user at the workstation hears of it like of any unexpected error; on
+    // the machine PC or in a batch run nobody could, and the run goes on.
+    if (reportingLogFailure || ctx.state.runningOnMachinePC || ctx.state.unattended || !ctx.ui)
+        return;
+    reportingLogFailure = true;
+    int answer = 2;
+    try {
+        answer =
+            ShowUnexpectedError(ctx, kFileAccessError, QStringLiteral("LogError"), why, QStringLiteral("LogError"));
+    } catch (...) {
+        reportingLogFailure = false;
+        throw;
     }
+    reportingLogFailure = false;
+    if (answer == 1)
+        EndProgram(ctx, 1);
 }
 
 QString unexpectedErrorText(long number, const QString &procedure, const QString &description)
@@ -51,9 +77,8 @@ int ShowUnexpectedError(Context &ctx, long number, const QString &source, const 
     LogError(ctx, text);
     if (ctx.state.unattended || !ctx.ui)
         return 1;
-    const Answer a =
-        ctx.ui->messageBox(text + LFCR + QStringLiteral("Continue?"), Buttons::YesNo, Icon::Critical,
-                           QStringLiteral("Unexpected error"));
+    const Answer a = ctx.ui->messageBox(text + LFCR + QStringLiteral("Continue?"), Buttons::YesNo, Icon::Critical,
+                                        QStringLiteral("Unexpected error"));
     return a == Answer::Yes ? 2 : 1;
 }
 

@@ -10,7 +10,9 @@ struct Context;
 
 QString errorLogPath(const Context &ctx);
 
-// Appends exactly text + CR LF. Never throws.
+// Appends exactly text + CR LF. When the log cannot be written, a user at the
+// workstation is asked like for any unexpected error (ProgramEnded if the
+// answer is stop); on the machine PC and unattended it only goes to stderr.
 void LogError(Context &ctx, const QString &text);
 
 // Reports an unexpected failure of `procedure`. Returns 1 (stop) or 2 (go on).

@@ -25,17 +25,38 @@ TEST(LogError, AppendsExactlyTheTextAndCrLf)
               QByteArray("first\r\nzweite Zeile: Ger\xc3\xa4t\tmit Tab\r\n\r\n"));
 }
 
-TEST(LogError, UnwritableLogDoesNotStopTheProgram)
+TEST(LogError, UnwritableLogIsReportedOnlyToAUser)
 {
     TestContext tc;
     // The log's name is taken by a directory, so it cannot be opened at all.
     ASSERT_TRUE(QDir(tc.dir.path()).mkdir("helptextError.log"));
-    EXPECT_NO_THROW(LogError(tc.ctx, "lost"));
-    tc.ctx.state.runningOnMachinePC = true;
-    EXPECT_EQ(ShowUnexpectedError(tc.ctx, 5, "x", "Invalid procedure call", "SaveIni"), 1);
 
+    tc.ui.push(Answer::Yes);
+    EXPECT_NO_THROW(LogError(tc.ctx, "lost"));
+    ASSERT_EQ(tc.ui.shown.size(), 1u);
+    EXPECT_TRUE(tc.ui.shown[0].text.startsWith("Unexpected error!\n\rNo: 75\n\rSource: LogError\n\r"));
+    tc.ui.push(Answer::No);
+    EXPECT_THROW(LogError(tc.ctx, "lost"), ProgramEnded);
+
+    // An unexpected error whose log line fails: one report for the log, then the error's own question.
+    tc.ui.shown.clear();
+    tc.ui.push(Answer::Yes);
+    tc.ui.push(Answer::No);
+    EXPECT_EQ(ShowUnexpectedError(tc.ctx, 5, "x", "Invalid procedure call", "SaveIni"), 1);
+    ASSERT_EQ(tc.ui.shown.size(), 2u);
+    EXPECT_TRUE(tc.ui.shown[1].text.contains("Source: SaveIni"));
+
+    // Nobody to tell on the machine PC or in a batch run: the run goes on.
+    tc.ui.shown.clear();
+    tc.ctx.state.unattended = true;
+    EXPECT_NO_THROW(LogError(tc.ctx, "lost"));
+    tc.ctx.state.unattended = false;
+    tc.ctx.state.runningOnMachinePC = true;
+    EXPECT_NO_THROW(LogError(tc.ctx, "lost"));
+    EXPECT_EQ(ShowUnexpectedError(tc.ctx, 5, "x", "Invalid procedure call", "SaveIni"), 1);
     tc.ctx.programDir = tc.path("no/such/dir");
     EXPECT_NO_THROW(LogError(tc.ctx, "lost too"));
+    EXPECT_TRUE(tc.ui.shown.empty());
 }
 
 struct ReportCase {
