@@ -76,7 +76,10 @@ std::vector<ProfileLine> parse(const QByteArray &bytes)
         pos = line.next;
 
         const QByteArray raw = bytes.mid(line.start, line.contentEnd - line.start);
-        const QString text = trimProfile(decodeLine(raw));
+        QString decoded = decodeLine(raw);
+        if (line.start == 0 && decoded.startsWith(QChar(QChar::ByteOrderMark)))
+            decoded.remove(0, 1); // a UTF-8 mark some editors put first
+        const QString text = trimProfile(decoded);
         line.blank = text.isEmpty();
         if (text.startsWith(QLatin1Char('['))) {
             const qsizetype close = text.lastIndexOf(QLatin1Char(']'));

@@ -65,6 +65,7 @@ INSTANTIATE_TEST_SUITE_P(
                       ReadCase{"AnsiValue", "[S]\nK=C:\\M\xfcller\\\x80.mdb\n", "S", "K",
                                QString::fromUtf8("C:\\Müller\\€.mdb")},
                       ReadCase{"BrokenBytesElsewhere", "\xff\xfe[\xc3\n[S\xff]\nK=x\n[S]\nK=ok\n", "S", "K", "ok"},
+                      ReadCase{"Utf8ByteOrderMark", "\xef\xbb\xbf[S]\r\nK=bom\r\n", "S", "K", "bom"},
                       ReadCase{"EmptyFile", "", "S", "K", ""}),
     [](const auto &info) { return std::string(info.param.name); });
 
@@ -230,6 +231,7 @@ INSTANTIATE_TEST_SUITE_P(
         WriteCase{"AddsKeyToSectionAtEndWithoutBreak", "[A]\r\nx=1", "A", "y", "2", "[A]\r\nx=1\r\ny=2\r\n"},
         WriteCase{"AddsKeyToEmptySection", "[A]\r\n", "A", "k", "v", "[A]\r\nk=v\r\n"},
         WriteCase{"AppendsSection", "[A]\nx=1", "B", "k", "v", "[A]\nx=1\n[B]\nk=v\n"},
+        WriteCase{"KeepsByteOrderMark", "\xef\xbb\xbf[S]\r\nK=1\r\n", "s", "k", "2", "\xef\xbb\xbf[S]\r\nK=2\r\n"},
         WriteCase{"CreatesFileContent", "", "Setup", "K", "V", "[Setup]\r\nK=V\r\n"},
         WriteCase{"EmptiesValue", "[A]\nx=1\n", "A", "x", "", "[A]\nx=\n"},
         WriteCase{"FillsEmptyValue", "[A]\nx=\n", "A", "x", "5", "[A]\nx=5\n"},
@@ -267,16 +269,20 @@ TEST(IniFile, FailedWriteChangesNothing)
     EXPECT_TRUE(tc.ui.shown.empty());
 }
 
-TEST(IniFile, ReadOnlyDirectoryKeepsItsFiles)
+TEST(IniFile, ReadOnlyDirectoryTakesNoNewFile)
 {
     if (geteuid() == 0)
         GTEST_SKIP() << "an administrator may write into a read-only directory";
     TestContext tc;
     QDir(tc.dir.path()).mkdir("ro");
     const QString dir = tc.path("ro");
+    writeFileBytes(dir + "/old.ini", "[S]\nK=1\n");
     QFile::setPermissions(dir, QFile::ReadOwner | QFile::ExeOwner);
     EXPECT_EQ(SaveIni(tc.ctx, 1, "S", "K", dir + "/t.ini"), 0);
     EXPECT_FALSE(QFile::exists(dir + "/t.ini"));
+    // A writable file in it is still written, in place.
+    EXPECT_EQ(SaveIni(tc.ctx, 2, "S", "K", dir + "/old.ini"), 1);
+    EXPECT_EQ(readFileBytes(dir + "/old.ini"), "[S]\nK=2\n");
     QFile::setPermissions(dir, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
