@@ -4,22 +4,36 @@
 #include <QString>
 #include <QStringList>
 
-namespace ht {
+namespace ht
+{
 
 struct Context;
 
 // Lets the user pick a help-text database; "" when cancelled.
 QString ConnectToDB_Helptext(Context &ctx, const QString &title = QString());
+
+// What the caller is going to do with the database. A Jet file cannot be
+// written: for Editing it is converted once into "<base>.sqlite" beside it (an
+// existing one is used, never overwritten) and that file becomes the active
+// database; for Reading (page generation only) it is used as it is, unrepaired.
+enum class ConnectFor { Editing, Reading };
+
 // The path when the database is usable (possibly the path of its SQLite
-// conversion), else "" after the "Connection failed!" message.
-QString CheckConnection(Context &ctx, const QString &path);
-// Converts the MachineType column of `table` to text, keeping every value.
+// conversion), else "" after the "Connection failed!" message, with the active
+// path as before and nothing changed on disk. Sets the material-change flag and
+// the item counts; a writable database gets its MachineType columns, language
+// fonts and too-short tables repaired.
+QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose = ConnectFor::Editing);
+// Converts the MachineType column of `table` in the active database to text, keeping every value.
 void CorrectFormatMachineName(Context &ctx, const QString &table);
-// Copies the active database to <base>_BACKUP.sav (or a numbered name).
+// Copies the active database (or `path`) to <base>_BACKUP.sav, or to
+// <base>_BACKUP<n>.sav when that exists; never overwrites a file.
+// Sets ctx.state.lastBackupPath.
 bool CreateDBBackup(Context &ctx);
-// Fills `list` with the machine types (never "0"); returns the count.
+bool CreateDBBackup(Context &ctx, const QString &path);
+// Appends the machine types (never "0") to `list`; returns their count.
 int GetMachineList(Context &ctx, QStringList &list);
-// Fills `list` with the language names; returns the count.
+// Appends the language names to `list`; returns their count.
 int GetLanguageList(Context &ctx, QStringList &list);
 
 } // namespace ht
