@@ -32,7 +32,8 @@ class Recordset
     Recordset() = default;
     Recordset(QStringList fields, std::vector<QVariantList> rows);
 
-    const QStringList &fields() const { return m_fields; }
+    const QStringList &fields() const & { return m_fields; }
+    QStringList fields() && { return std::move(m_fields); }
     int fieldIndex(const QString &name) const; // case-insensitive; -1 when absent
     bool hasField(const QString &name) const { return fieldIndex(name) >= 0; }
 
@@ -47,7 +48,9 @@ class Recordset
     QVariant value(int column) const;
     QString text(const QString &field) const { return value(field).toString(); } // Null -> ""
 
-    const std::vector<QVariantList> &rows() const { return m_rows; }
+    // On a temporary (`for (auto &row : db.query(...).rows())`) the rows are moved out, never dangling.
+    const std::vector<QVariantList> &rows() const & { return m_rows; }
+    std::vector<QVariantList> rows() && { return std::move(m_rows); }
 
   private:
     QStringList m_fields;
