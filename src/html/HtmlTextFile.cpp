@@ -1,0 +1,131 @@
+#include "html/HtmlTextFile.h"
+
+#include "common/Context.h"
+#include "common/ErrorLog.h"
+#include "common/Messages.h"
+
+#include <QFile>
+#include <QtEndian>
+
+namespace ht
+{
+
+namespace
+{
+
+QString decodeUtf16(const char *data, qsizetype size, bool bigEndian)
+{
+    // An odd last byte cannot form a character and is dropped.
+    const qsizetype units = size / 2;
+    QString out(units, Qt::Uninitialized);
+    QChar *dst = out.data();
+    const auto *src = reinterpret_cast<const unsigned char *>(data);
+    for (qsizetype i = 0; i < units; ++i) {
+        const unsigned char a = src[2 * i], b = src[2 * i + 1];
+        dst[i] = QChar(char16_t(bigEndian ? (a << 8) | b : (b << 8) | a));
+    }
+    return out;
+}
+
+} // namespace
+
+QString decodeTextFileBytes(const QByteArray &bytes)
+{
+    const auto *b = reinterpret_cast<const unsigned char *>(bytes.constData());
+    const qsizetype n = bytes.size();
+    if (n >= 2 && b[0] == 0xFF && b[1] == 0xFE)
+        return decodeUtf16(bytes.constData() + 2, n - 2, false);
+    if (n >= 2 && b[0] == 0xFE && b[1] == 0xFF)
+        return decodeUtf16(bytes.constData() + 2, n - 2, true);
+    if (n >= 3 && b[0] == 0xEF && b[1] == 0xBB && b[2] == 0xBF)
+        return QString::fromUtf8(bytes.constData() + 3, n - 3);
+    // No mark: text with NUL bytes is UTF-16; the NULs of ASCII characters sit
+    // in the high byte, so more of them at even offsets means big-endian.
+    qsizetype evenNuls = 0, oddNuls = 0;
+    for (qsizetype i = 0; i < n; ++i) {
+        if (b[i] == 0)
+            ++((i % 2) ? oddNuls : evenNuls);
+    }
+    if (evenNuls + oddNuls == 0)
+        return QString::fromUtf8(bytes);
+    return decodeUtf16(bytes.constData(), n, evenNuls > oddNuls);
+}
+
+QStringList splitTextLines(const QString &text)
+{
+    QStringList lines;
+    const QChar *p = text.constData();
+    const qsizetype n = text.size();
+    qsizetype start = 0;
+    for (qsizetype i = 0; i < n; ++i) {
+        const char16_t c = p[i].unicode();
+        if (c != u'\n' && c != u'\r')
+            continue;
+        lines.append(QString(p + start, i - start));
+        if (c == u'\r' && i + 1 < n && p[i + 1] == u'\n')
+            ++i;
+        start = i + 1;
+    }
+    if (start < n)
+        lines.append(QString(p + start, n - start));
+    return lines;
+}
+
+bool hasGeneratedPageMark(const QString &line)
+{
+    return line.contains(QLatin1String("<TITLE>"), Qt::CaseInsensitive) &&
+           line.contains(QLatin1String("Harko & Co"), Qt::CaseInsensitive);
+}
+
+QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool checkTitle)
+{
+    try {
+        QFile file(path);
+        if (!file.open(QIODevice::ReadOnly)) {
+            if (!report)
+                return {QStringLiteral("-1")};
+            showMessage(ctx, QStringLiteral("Error reading predefined HTML-File \"") + path + QStringLiteral("\"!"),
+                        Buttons::OK, Icon::Critical);
+            return {QString()};
+        }
+        const QStringList lines = splitTextLines(decodeTextFileBytes(file.readAll()));
+        if (ctx.processEvents)
+            ctx.processEvents();
+        // An empty file reads as one empty line in both modes.
+        if (lines.isEmpty())
+            return {QString()};
+        if (checkTitle) {
+            for (const QString &line : lines) {
+                if (hasGeneratedPageMark(line))
+                    return {QString()};
+            }
+        }
+        return lines;
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("GetTextFileHTML"), e);
+        return {QString()};
+    }
+}
+
+bool writeHtmlPageFile(const QString &path, const QStringList &lines)
+{
+    // Built in memory and written in one call: pages are small and many.
+    QString text;
+    qsizetype units = 1;
+    for (const QString &l : lines)
+        units += l.size() + 2;
+    text.reserve(units);
+    text.append(QChar(0xFEFF));
+    for (const QString &l : lines) {
+        text.append(l);
+        text.append(QLatin1String("\r\n"));
+    }
+    QByteArray bytes(text.size() * 2, Qt::Uninitialized);
+    qToLittleEndian<char16_t>(text.utf16(), text.size(), bytes.data());
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return false;
+    return file.write(bytes) == bytes.size();
+}
+
+} // namespace ht

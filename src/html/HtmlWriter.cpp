@@ -1,0 +1,327 @@
+#include "html/HtmlWriter.h"
+
+#include "common/Context.h"
+#include "common/ErrorLog.h"
+#include "common/Messages.h"
+#include "common/Platform.h"
+#include "common/StatusDisplay.h"
+#include "common/StringUtils.h"
+#include "database/Database.h"
+#include "database/LanguageLookup.h"
+#include "html/HelpDirectory.h"
+#include "html/HtmlConversions.h"
+#include "html/HtmlKinds.h"
+#include "html/HtmlTextFile.h"
+#include "html/IndexText.h"
+#include "html/PageFiller.h"
+#include "html/SafePathName.h"
+#include "html/TextWidthBreaker.h"
+
+#include <QFile>
+#include <QHash>
+#include <QSet>
+#include <cmath>
+#include <vector>
+
+namespace ht
+{
+
+namespace
+{
+
+const QString kProc = QStringLiteral("WriteHTMLPage");
+
+QString trimBlanks(const QString &s)
+{
+    qsizetype b = 0, e = s.size();
+    while (b < e && s.at(b) == u' ')
+        ++b;
+    while (e > b && s.at(e - 1) == u' ')
+        --e;
+    return (b == 0 && e == s.size()) ? s : s.mid(b, e - b);
+}
+
+QString fieldText(const QVariant &v)
+{
+    // Whole numbers stored as floating point still name "5.html", not "5.0.html".
+    if (v.typeId() == QMetaType::Double) {
+        const double d = v.toDouble();
+        if (std::isfinite(d) && d == std::floor(d) && std::fabs(d) < 1e15)
+            return QString::number(qlonglong(d));
+    }
+    return trimBlanks(v.toString());
+}
+
+// Per-language values that stay the same for the whole run.
+struct LanguageCache {
+    QHash<QString, QString> codePages;     // language name -> code page
+    QHash<QString, QStringList> fontSpecs; // Language.Font -> parts
+};
+
+class HtmlRun
+{
+  public:
+    HtmlRun(Context &ctx, StatusTarget *form) : ctx(ctx), form(form) {}
+
+    void run(bool alarms, bool warnings, bool materialChange, const QString &machine, const QString &language,
+             long itemNumber);
+
+  private:
+    bool createDirectoryTree(Database &db);
+    bool ensureDirectory(const QString &path);
+    bool ensurePageDirectory(const QString &machine, const QString &kindWord, const QString &language);
+    bool isUsableName(const QString &what, const QString &name);
+    // False when the whole run must stop.
+    bool writeKind(Database &db, const HtmlKind &kind, const QString &machine, const QString &language,
+                   long itemNumber);
+    void stop();
+
+    Context &ctx;
+    StatusTarget *form;
+    QString mainDir;
+    QString suffix;
+    QString fontSize;
+    int lineWidth = 0;
+    QSet<QString> existingDirs;
+    QSet<QString> reportedNames;
+    LanguageCache languages;
+    IndexTextCache indexTexts;
+    TextWidthBreaker breaker;
+};
+
+void HtmlRun::stop()
+{
+    ctx.state.writingHtml = false;
+    ctx.state.abortHtml = false;
+    StatusEnd(ctx, form);
+}
+
+bool HtmlRun::isUsableName(const QString &what, const QString &name)
+{
+    if (isSafePathName(name))
+        return true;
+    if (!reportedNames.contains(what + name)) {
+        reportedNames.insert(what + name);
+        LogError(ctx, QStringLiteral("No help pages for ") + what + QStringLiteral(" \"") + name +
+                          QStringLiteral("\": the name cannot be used as a folder name."));
+    }
+    return false;
+}
+
+bool HtmlRun::ensureDirectory(const QString &path)
+{
+    if (existingDirs.contains(path))
+        return true;
+    if (!isPathInside(mainDir, path) || !GetDirectory(ctx, path))
+        return false;
+    existingDirs.insert(path);
+    return true;
+}
+
+bool HtmlRun::ensurePageDirectory(const QString &machine, const QString &kindWord, const QString &language)
+{
+    const QChar sep = pathSeparator();
+    const QString machineDir = mainDir + machine;
+    const QString kindDir = machineDir + sep + kindWord;
+    return ensureDirectory(machineDir) && ensureDirectory(kindDir) && ensureDirectory(kindDir + sep + language);
+}
+
+bool HtmlRun::createDirectoryTree(Database &db)
+{
+    QStringList machines;
+    Recordset rs = db.query(QStringLiteral("SELECT AlarmDefinition.MachineType From AlarmDefinition GROUP BY "
+                                           "AlarmDefinition.MachineType ORDER BY AlarmDefinition.MachineType;"));
+    for (rs.moveFirst(); !rs.eof(); rs.moveNext())
+        machines.append(fieldText(rs.value(0)));
+    QStringList folders;
+    rs = db.query(QStringLiteral("SELECT Language.Name FROM Language;"));
+    for (rs.moveFirst(); !rs.eof(); rs.moveNext())
+        folders.append(fieldText(rs.value(0)));
+    folders << QStringLiteral("Picture") << QStringLiteral("Video");
+
+    const QStringList kinds{QStringLiteral("Alarms"), QStringLiteral("MaterialChange"), QStringLiteral("Warnings")};
+    for (const QString &machine : machines) {
+        if (machine == QLatin1String("0") || !isUsableName(QStringLiteral("machine"), machine))
+            continue;
+        for (const QString &kind : kinds) {
+            for (const QString &folder : folders) {
+                if (!isUsableName(QStringLiteral("language"), folder))
+                    continue;
+                if (!ensurePageDirectory(machine, kind, folder))
+                    return false;
+            }
+        }
+    }
+    return true;
+}
+
+bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machine, const QString &language,
+                        long itemNumber)
+{
+    const QStringList templateLines = GetTextFileHTML(ctx, mainDir + kind.templateName, true, false);
+    if (templateLines.isEmpty() || templateLines.first().isEmpty()) {
+        if (ctx.state.unattended || !ctx.ui)
+            LogError(ctx, kind.missingLogged);
+        else
+            ctx.ui->messageBox(kind.missingShown, Buttons::OK, Icon::Critical, QString());
+        return true;
+    }
+
+    StatusTickNewText(ctx, form, QStringLiteral("Reading database..."));
+    const RecordQuery q = recordQuery(kind.kind, machine, language, itemNumber);
+    std::vector<QStringList> rows;
+    {
+        const Recordset rs = db.query(q.sql, q.params);
+        const int columns = kind.multiValueFields ? AlarmColumnCount : PlainColumnCount;
+        rows.reserve(rs.recordCount());
+        for (const QVariantList &r : rs.rows()) {
+            QStringList row;
+            row.reserve(columns);
+            for (int c = 0; c < columns; ++c)
+                row.append(c < r.size() ? fieldText(r.at(c)) : QString());
+            rows.push_back(std::move(row));
+            if (ctx.processEvents)
+                ctx.processEvents();
+        }
+    }
+
+    const QChar sep = pathSeparator();
+    const QString tickPrefix = QStringLiteral("Generating Help-HTML  -  ") + kind.word + QStringLiteral(" (");
+    for (const QStringList &row : rows) {
+        const QString &rowMachine = row[ColMachine];
+        const QString &rowNumber = row[ColNumber];
+        const QString &rowLanguage = row[ColName];
+        StatusTickNewText(ctx, form,
+                          tickPrefix + rowMachine + QLatin1Char('/') + rowNumber + QStringLiteral(") ") + suffix);
+        if (!isUsableName(QStringLiteral("machine"), rowMachine) ||
+            !isUsableName(QStringLiteral("language"), rowLanguage) || !isUsableName(QStringLiteral("item"), rowNumber))
+            continue;
+        const QString pageDir = mainDir + rowMachine + sep + kind.word + sep + rowLanguage;
+        const QString pagePath = pageDir + sep + rowNumber + QStringLiteral(".html");
+        const QStringList existing = GetTextFileHTML(ctx, pagePath, false, true);
+        const bool noPage = existing.size() == 1 && existing.first() == QLatin1String("-1");
+        const bool generatedPage = existing.size() == 1 && existing.first().isEmpty();
+
+        const bool allEmpty = kind.multiValueFields
+                                  ? row[ColDevice].isEmpty() && row[ColResult].isEmpty() && row[ColText].isEmpty()
+                                  : row[ColText].isEmpty();
+        if (allEmpty) {
+            if (generatedPage && isPathInside(mainDir, pagePath))
+                QFile::remove(pagePath);
+            continue;
+        }
+        if (ctx.state.abortHtml)
+            return false;
+        if (ctx.processEvents)
+            ctx.processEvents();
+        if (!noPage && !generatedPage)
+            continue; // made by hand: never overwritten
+
+        auto cp = languages.codePages.find(rowLanguage);
+        if (cp == languages.codePages.end())
+            cp = languages.codePages.insert(rowLanguage, GetCodePage(ctx, rowLanguage));
+        ctx.state.currentCodePage = *cp;
+        auto spec = languages.fontSpecs.find(row[ColFont]);
+        if (spec == languages.fontSpecs.end())
+            spec = languages.fontSpecs.insert(row[ColFont], GetFontSpecs(row[ColFont]));
+
+        PageData data;
+        data.fontName = spec->value(0);
+        data.fontSize = fontSize;
+        data.fontWeight = spec->value(2);
+        data.languageNumber = row[ColLanguage];
+        if (kind.multiValueFields) {
+            for (int f = 0; f < 6; ++f)
+                data.multiValues[f] = StringToStringArray(ctx, row[ColSensor + f], QStringLiteral("/"));
+        }
+        const QString html = SingleLineDBToMultiLineHTML(ctx, row[ColText]);
+        data.textLines =
+            breaker.TextSingleLineToArray(ctx, html, data.fontName, data.fontSize, data.fontWeight, lineWidth);
+
+        bool indexTextLost = false;
+        const QStringList page = fillPageTemplate(ctx, kind, templateLines, data, indexTexts, indexTextLost);
+        if (indexTextLost) {
+            showMessage(
+                ctx, QStringLiteral("Job aborted!") + LFCR + QStringLiteral("Could not connect to Indextext-Database."),
+                Buttons::OK, Icon::Critical);
+            return false;
+        }
+        // Rows of a machine or language that the tree does not know yet get their folders now.
+        if (!ensurePageDirectory(rowMachine, kind.word, rowLanguage))
+            return false;
+        if (!isPathInside(mainDir, pagePath) || !writeHtmlPageFile(pagePath, page))
+            throw std::runtime_error(("Cannot write " + pagePath).toStdString());
+    }
+    return true;
+}
+
+void HtmlRun::run(bool alarms, bool warnings, bool materialChange, const QString &machine, const QString &language,
+                  long itemNumber)
+{
+    if (ctx.state.screenResolution.isEmpty())
+        GetScopiaResolution(ctx);
+    fontSize = ctx.state.screenResolution == QLatin1String("1280") ? QStringLiteral("18") : QStringLiteral("10");
+    lineWidth = int(std::nearbyint(ctx.state.screenResolution.toInt() * 0.9));
+
+    ctx.state.writingHtml = true;
+    mainDir = ctx.state.helpMainDir;
+    if (mainDir.isEmpty() || !GetDirectory(ctx, mainDir)) {
+        ctx.state.writingHtml = false;
+        return;
+    }
+    if (!mainDir.endsWith(QLatin1Char('/')) && !mainDir.endsWith(QLatin1Char('\\')))
+        mainDir += pathSeparator();
+
+    std::unique_ptr<Database> db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadOnly);
+
+    const QString project = ctx.state.standardIndexTextDB.right(3).toUpper();
+    suffix = project == QLatin1String("MDB")   ? QStringLiteral(" (NT)")
+             : project == QLatin1String("VWS") ? QStringLiteral(" (XP)")
+                                               : QString();
+    StatusStart(ctx, form, QStringLiteral("Generating Help-HTML") + suffix, 0, false);
+    if (form)
+        form->setPanelText(QStringLiteral("   Generating Help-HTML - press ESC to cancel ") + suffix);
+    if (ctx.state.abortHtml || !createDirectoryTree(*db)) {
+        stop();
+        return;
+    }
+
+    const std::pair<bool, ItemKind> kinds[] = {
+        {alarms, KindAlarms}, {warnings, KindWarnings}, {materialChange, KindMaterialChange}};
+    for (const auto &[wanted, kind] : kinds) {
+        if (wanted && !writeKind(*db, htmlKind(kind), machine, language, itemNumber))
+            break;
+    }
+    stop();
+}
+
+} // namespace
+
+void WriteHTMLPage(Context &ctx, StatusTarget *form, bool &alarms, bool &warnings, bool &materialChange,
+                   const QString &machine, const QString &language, long itemNumber)
+{
+    try {
+        if (ctx.state.helpTextDB.isEmpty()) {
+            LogError(ctx, QStringLiteral("Helptext-Database not set"));
+            return;
+        }
+        const int kinds = int(alarms) + int(warnings) + int(materialChange);
+        if (kinds == 0)
+            return;
+        const int given = int(!machine.isEmpty()) + int(!language.isEmpty()) + int(itemNumber != 0);
+        if ((kinds > 1 && given > 0) || (kinds == 1 && given != 0 && given != 3)) {
+            showMessage(ctx,
+                        QStringLiteral("Could not create HTML ") + LFCR + QStringLiteral("Error calling module ") +
+                            kProc + QStringLiteral("!"),
+                        Buttons::OK, Icon::Critical);
+            return;
+        }
+        HtmlRun(ctx, form).run(alarms, warnings, materialChange, machine, language, itemNumber);
+    } catch (const std::exception &e) {
+        ctx.state.writingHtml = false;
+        StatusEnd(ctx, form);
+        reportUnexpected(ctx, kProc, e);
+    }
+}
+
+} // namespace ht

@@ -1,0 +1,33 @@
+#include "html/SafePathName.h"
+
+#include <QDir>
+
+namespace ht
+{
+
+bool isSafePathName(const QString &name)
+{
+    if (name.isEmpty())
+        return false;
+    bool onlyDotsAndBlanks = true;
+    for (QChar c : name) {
+        if (c == u'/' || c == u'\\' || c == u':' || c.unicode() < 0x20)
+            return false;
+        if (c != u'.' && c != u' ')
+            onlyDotsAndBlanks = false;
+    }
+    // Windows drops trailing dots and blanks, so "..." or ". ." would mean "." or "..".
+    return !onlyDotsAndBlanks;
+}
+
+bool isPathInside(const QString &baseDir, const QString &path)
+{
+    const QString base = QDir::cleanPath(QDir::fromNativeSeparators(baseDir));
+    const QString full = QDir::cleanPath(QDir::fromNativeSeparators(path));
+    if (base.isEmpty())
+        return false;
+    const QString prefix = base.endsWith(QLatin1Char('/')) ? base : base + QLatin1Char('/');
+    return full.startsWith(prefix) && full.size() > prefix.size();
+}
+
+} // namespace ht

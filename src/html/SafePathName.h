@@ -1,0 +1,18 @@
+#pragma once
+// Names from the database (machine types, language names, item numbers) become
+// folder and file names below the help main directory; these checks keep every
+// such path inside it.
+
+#include <QString>
+
+namespace ht
+{
+
+// False for "", ".", "..", names of dots only, names with "/", "\", ":" (drive
+// letters, streams), NUL or other control characters, and absolute paths.
+bool isSafePathName(const QString &name);
+
+// True when `path` lies inside `baseDir` after resolving "." and "..".
+bool isPathInside(const QString &baseDir, const QString &path);
+
+} // namespace ht

@@ -1,0 +1,3 @@
+-- Index-text database of the operator-panel software.
+CREATE TABLE TidxGroups (ID INTEGER PRIMARY KEY, ParentID INTEGER, Name TEXT COLLATE NOCASE);
+CREATE TABLE TidxTexts (ID INTEGER PRIMARY KEY, ParentID INTEGER, Name TEXT COLLATE NOCASE, L1 TEXT, L2 TEXT, L3 TEXT);
