@@ -164,6 +164,12 @@ TEST_P(GoldenPages, WritesExactlyTheExpectedTree)
         }
     }
 
+    // Nothing beside the help directory but the run's own files.
+    const QStringList own{u"help"_qs,         u"helptext.sqlite"_qs,  u"languages.sqlite"_qs, u"indextext.sqlite"_qs,
+                          u"helptext.ini"_qs, u"helptextError.log"_qs};
+    for (const QString &entry : QDir(tc.dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot))
+        EXPECT_TRUE(own.contains(entry)) << "written outside the help directory: " << entry.toStdString();
+
     const QString log = tc.errorLog();
     if (QFile::exists(caseDir + QStringLiteral("log.txt"))) {
         for (QString line : readUtf8(caseDir + QStringLiteral("log.txt")).split(QLatin1Char('\n'))) {

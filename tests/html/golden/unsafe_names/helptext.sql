@@ -1,0 +1,17 @@
+INSERT INTO Language VALUES (1, 'English', 'Arial 10 400', '00000409');
+INSERT INTO Language VALUES (2, '..', 'Arial 10 400', '00000407');
+INSERT INTO AlarmDefinition VALUES (1, 'M1', 1, '', '', '', '');
+INSERT INTO AlarmDefinition VALUES (2, '../evil', 1, '', '', '', '');
+INSERT INTO AlarmDefinition VALUES (3, 'a\b', 1, '', '', '', '');
+INSERT INTO AlarmDefinition VALUES (4, '/abs', 1, '', '', '', '');
+INSERT INTO WarningDefinition VALUES (1, 'M1', 1);
+INSERT INTO WarningText VALUES (1, 1, 'Ok text');
+INSERT INTO WarningText VALUES (1, 2, 'never written');
+INSERT INTO WarningDefinition VALUES (2, '../evil', 1);
+INSERT INTO WarningText VALUES (2, 1, 'never written');
+INSERT INTO WarningDefinition VALUES (3, 'a\b', 2);
+INSERT INTO WarningText VALUES (3, 1, 'never written');
+INSERT INTO WarningDefinition VALUES (4, '/abs', 2);
+INSERT INTO WarningText VALUES (4, 1, 'never written');
+INSERT INTO WarningDefinition VALUES (5, '..', 2);
+INSERT INTO WarningText VALUES (5, 1, 'never written');
