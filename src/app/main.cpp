@@ -3,6 +3,7 @@
 #include "common/Context.h"
 #include "common/ScriptedUserInterface.h"
 #include "common/forms/QtUserInterface.h"
+#include "startup/CommandLine.h"
 #include "startup/CompileOption.h"
 #include "startup/StartupDialog.h"
 #include "startup/forms/ProgramRun.h"
@@ -64,6 +65,7 @@ int main(int argc, char **argv)
 
     ht::StartupSession session;
     session.compileOption = ht::GetCompileOption();
+    session.commandLine = ht::ProgramCommandLine();
     try {
         return ht::RunProgram(ctx, session, [&] {
             loopRunning = true;

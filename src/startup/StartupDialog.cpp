@@ -56,7 +56,7 @@ void StartupDialog::Form_Load()
         view.setTimerInterval(0);
         if (!s.programEnding && !session.dialogUnloaded)
             s.currentKind = KindAlarms;
-        s.commandLine = ReadCommandLine(ProgramCommandLine());
+        s.commandLine = ReadCommandLine(session.commandLine);
 
         if (s.mode == kImport) {
             view.setCaption(QStringLiteral("Helptext Importer "));

@@ -18,6 +18,7 @@ class StartupView;
 // Start-up values that outlive one dialog instance.
 struct StartupSession {
     QString compileOption;         // the build's constant, see GetCompileOption
+    QString commandLine;           // the program's arguments joined by blanks (ProgramCommandLine)
     QObject *infoCaller = nullptr; // the main form that shows the dialog as its Info box
     // Set when a dialog has been unloaded: from then on the dialog treats the
     // program as ending (the Info box leaves the current kind alone and never

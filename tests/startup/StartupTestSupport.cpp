@@ -1,0 +1,75 @@
+#include "StartupTestSupport.h"
+
+#include "database/Database.h"
+#include "support/TestSupport.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <gtest/gtest.h>
+
+namespace ht::test
+{
+
+void makeDatabase(const QString &path, const QStringList &scripts)
+{
+    QFile::remove(path);
+    try {
+        auto db = Database::create(path);
+        Database::Transaction t(*db);
+        for (const QString &script : scripts) {
+            const QByteArray sql = readFileBytes(sourceDir() + QLatin1Char('/') + script);
+            ASSERT_FALSE(sql.isEmpty()) << qPrintable(script);
+            db->execScript(QString::fromUtf8(sql));
+        }
+        t.commit();
+    } catch (const std::exception &e) {
+        FAIL() << "making " << qPrintable(path) << ": " << e.what();
+    }
+}
+
+void makeDemoHelpTextDB(const QString &path)
+{
+    makeDatabase(path, {QStringLiteral("src/database/schema/helptext.sql"),
+                        QStringLiteral("src/database/schema/helptext_materialchange.sql"),
+                        QStringLiteral("samples/demo/helptext_demo.sql")});
+}
+
+void makeDemoLanguageDB(const QString &path)
+{
+    makeDatabase(
+        path, {QStringLiteral("src/database/schema/languages.sql"), QStringLiteral("samples/demo/languages_demo.sql")});
+}
+
+void makeDemoIndexTextDB(const QString &path)
+{
+    makeDatabase(
+        path, {QStringLiteral("src/database/schema/indextext.sql"), QStringLiteral("samples/demo/indextext_demo.sql")});
+}
+
+void makeMachineTree(const QString &root)
+{
+    const QString program = root + QStringLiteral("/Program");
+    QDir().mkpath(program + QStringLiteral("/Tools"));
+    QDir().mkpath(program + QStringLiteral("/Help"));
+    makeDemoHelpTextDB(program + QStringLiteral("/Helptext.mdb"));
+    makeDemoIndexTextDB(program + QStringLiteral("/Scopia.mdb"));
+    makeDemoLanguageDB(program + QStringLiteral("/Tools/Languages.mdb"));
+    for (const char *name : {"Source_Alarms.html", "Source_Warnings.html", "Source_MaterialChange.html"})
+        copyFile(sourceDir() + QStringLiteral("/samples/templates/") + QLatin1String(name),
+                 program + QStringLiteral("/Help/") + QLatin1String(name));
+}
+
+void writeText(const QString &path, const QString &text)
+{
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    writeFileBytes(path, text.toUtf8());
+}
+
+void copyFile(const QString &from, const QString &to)
+{
+    QFile::remove(to);
+    ASSERT_TRUE(QFile::copy(from, to)) << qPrintable(from) << " -> " << qPrintable(to);
+}
+
+} // namespace ht::test
