@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# Creates the demo workspace (default demo/) from samples/ unless it exists:
+#   databases/Helptext.mdb   help-text database: machines CT400 and FL220,
+#                            languages English, Deutsch, Greek
+#   databases/Languages.mdb  language-definition database
+#   databases/Scopia.mdb     index-text database (resolves Feeder.Motor.Speed)
+#   help/                    help main directory with the three page templates
+#   config/*.ini             settings of both variants pointing at the above
+# The files are SQLite databases; the classic names are kept on purpose.
+# Usage: scripts/make-demo.sh [demo-dir] [bin-dir]
+set -euo pipefail
+ROOT="$(cd "$(dirname "$0")/.." && pwd)"
+DEMO="${1:-$ROOT/demo}"
+BIN="${2:-$ROOT/build/bin}"
+MKDB="$BIN/helptext-mkdb"
+SCHEMA="$ROOT/src/database/schema"
+SAMPLES="$ROOT/samples/demo"
+
+if [ -f "$DEMO/databases/Helptext.mdb" ]; then
+  echo "Demo workspace $DEMO exists (use --fresh to rebuild it)."
+  exit 0
+fi
+mkdir -p "$DEMO/databases" "$DEMO/help" "$DEMO/config"
+rm -f "$DEMO"/databases/*.mdb
+"$MKDB" "$DEMO/databases/Helptext.mdb" "$SCHEMA/helptext.sql" "$SCHEMA/helptext_materialchange.sql" \
+  "$SAMPLES/helptext_demo.sql"
+"$MKDB" "$DEMO/databases/Languages.mdb" "$SCHEMA/languages.sql" "$SAMPLES/languages_demo.sql"
+"$MKDB" "$DEMO/databases/Scopia.mdb" "$SCHEMA/indextext.sql" "$SAMPLES/indextext_demo.sql"
+cp "$ROOT"/samples/templates/Source_*.html "$DEMO/help/"
+
+for variant in helptext-editor helptext-importer; do
+  cat > "$DEMO/config/$variant.ini" <<INI
+[Setup]
+StandardHelpTextDB=$DEMO/databases/Helptext.mdb
+StandardLangLookupDB=$DEMO/databases/Languages.mdb
+StandardIndexTextDB=$DEMO/databases/Scopia.mdb
+HelpMainDir=$DEMO/help/
+ScreenResolution=1024
+GenerateHTMLAfterEditAlarm=true
+GenerateHTMLAfterEditWarnings=true
+GenerateHTMLAfterEditMaterialChange=true
+INI
+done
+echo "Demo workspace created in $DEMO"
