@@ -1,14 +1,12 @@
 #include "startup/forms/PlaceholderMainForm.h"
 
 #include "common/Context.h"
-#include "common/forms/QtStatusTarget.h"
 #include "startup/forms/MainForms.h"
 
 #include <QCloseEvent>
 #include <QCoreApplication>
 #include <QLabel>
 #include <QMenuBar>
-#include <QStatusBar>
 
 namespace ht
 {
@@ -26,10 +24,10 @@ PlaceholderMainForm::PlaceholderMainForm(Context &ctx, StartupSession &session, 
     text->setWordWrap(true);
     text->setMargin(24);
     text->setAlignment(Qt::AlignCenter);
-    text->setText(QStringLiteral("The start-up checks have passed.\n\nThe %1 arrives in a later version of this "
-                                 "program; this window only stands in for it.\n\nHelp > Info shows the settings "
-                                 "in use. Pages can already be generated from the command line: /html/Alarms/"
-                                 "Warnings/MaterialChange.")
+    text->setText(QStringLiteral("Start-up has finished.\n\nThe %1 arrives in a later version of this program; "
+                                 "this window only stands in for it.\n\nHelp > Info shows the settings in use.\n\n"
+                                 "Help pages can already be generated from the command line:\n/html/Alarms/Warnings/"
+                                 "MaterialChange")
                       .arg(formName));
     setCentralWidget(text);
 
@@ -38,12 +36,8 @@ PlaceholderMainForm::PlaceholderMainForm(Context &ctx, StartupSession &session, 
     QMenu *help = menuBar()->addMenu(QStringLiteral("&Help"));
     help->addAction(QStringLiteral("&Info"), this, [this] { ShowInfoBox(m_ctx, m_session, this); });
 
-    m_status = std::make_unique<QtStatusTarget>(this, statusBar());
-    statusBar()->showMessage(m_ctx.state.helpTextDB);
     resize(640, 360);
 }
-
-PlaceholderMainForm::~PlaceholderMainForm() = default;
 
 void PlaceholderMainForm::closeEvent(QCloseEvent *e)
 {
