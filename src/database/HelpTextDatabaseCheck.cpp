@@ -63,6 +63,15 @@ Probe probeTables(Database &db)
     return p;
 }
 
+// A file SQLite can only read (its header asks for a newer writer, or the medium
+// is read-only) opens all the same: a write that is rolled back again shows it.
+void probeWritable(Database &db)
+{
+    Database::Transaction probe(db);
+    const int version = db.query(QStringLiteral("PRAGMA user_version")).value(0).toInt();
+    db.exec(QStringLiteral("PRAGMA user_version = %1").arg(version));
+}
+
 // "<base>.sqlite" beside the Jet file.
 QString conversionPath(const QString &jetPath)
 {
@@ -127,6 +136,7 @@ QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose)
             auto db = Database::open(active, writable ? Database::Mode::ReadWrite : Database::Mode::ReadOnly);
             probe = probeTables(*db);
             if (writable) {
+                probeWritable(*db);
                 for (const QString &table : probe.definitionTables) {
                     if (machineTypeNeedsRepair(*db, table))
                         repairMachineTypeColumn(*db, table);

@@ -63,6 +63,7 @@ bool GetDBSysMaxLenItems(Context &ctx, const QString &databasePath)
             for (const CountItem &c : kCountItems)
                 ctx.state.maxItems[c.kind] = c.defaultCount;
         }
+        tableFound = hasTable;
         std::vector<const CountItem *> missing;
         for (const CountItem &c : kCountItems) {
             const QString item = QString::fromLatin1(c.item);
@@ -80,7 +81,6 @@ bool GetDBSysMaxLenItems(Context &ctx, const QString &databasePath)
                 ctx.state.maxItems[c.kind] = countFrom(rs.value(QStringLiteral("Data")), item);
             }
         }
-        tableFound = hasTable;
         if (writable && (!hasTable || !missing.empty())) {
             Database::Transaction transaction(*db);
             if (!hasTable)
