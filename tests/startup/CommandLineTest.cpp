@@ -14,6 +14,11 @@ struct SplitCase {
     QStringList expected;
 };
 
+void PrintTo(const SplitCase &c, std::ostream *os)
+{
+    *os << '"' << c.line << '"';
+}
+
 class ReadCommandLineTest : public ::testing::TestWithParam<SplitCase>
 {
 };
@@ -39,6 +44,11 @@ struct FindCase {
     const char *name;
     bool found;
 };
+
+void PrintTo(const FindCase &c, std::ostream *os)
+{
+    *os << '"' << c.line << "\" looking for " << c.name;
+}
 
 class FindParameterTest : public ::testing::TestWithParam<FindCase>
 {

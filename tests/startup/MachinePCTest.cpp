@@ -16,6 +16,11 @@ struct MachinePCCase {
     bool machinePC;
 };
 
+void PrintTo(const MachinePCCase &c, std::ostream *os)
+{
+    *os << c.relativeProgramDir << (c.upperCase ? " (upper-cased)" : "");
+}
+
 class MachinePCTest : public ::testing::TestWithParam<MachinePCCase>
 {
   protected:

@@ -89,6 +89,11 @@ struct PathCase {
     const char *expectedLog;   // substring of the error log; %R = root
 };
 
+void PrintTo(const PathCase &c, std::ostream *os)
+{
+    *os << c.name;
+}
+
 class MachinePCPaths : public StartupFixture, public ::testing::WithParamInterface<PathCase>
 {
 };
@@ -266,6 +271,11 @@ struct ContinueCase {
     QStringList events;
     bool callerKept;
 };
+
+void PrintTo(const ContinueCase &c, std::ostream *os)
+{
+    *os << c.mode << (c.infoBox ? " as Info box" : "") << (c.armed ? ", armed" : ", not armed");
+}
 
 class ContinuePrgTest : public StartupFixture, public ::testing::WithParamInterface<ContinueCase>
 {
