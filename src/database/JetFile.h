@@ -1,6 +1,9 @@
 #pragma once
-// Read access to a Jet (Access .mdb/.vws) file through libmdb. Only this file and
-// JetFile.cpp see libmdb; the rest of the layer gets names, types and QVariant rows.
+// Read access to a Jet (Access .mdb/.vws) file through libmdb. Only JetFile.cpp sees
+// libmdb; the rest of the layer gets names, types and QVariant rows.
+// libmdb trusts the file: on a damaged one it may crash or loop for ever. Every read
+// therefore runs in a forked child process that streams the values back; a child that
+// dies, stalls or talks too much makes the read fail with DbError instead.
 
 #include <QString>
 #include <QStringList>
@@ -28,6 +31,9 @@ class JetFile
     JetFile(const JetFile &) = delete;
     JetFile &operator=(const JetFile &) = delete;
 
+    // A read whose child sends nothing for this long counts as hung (default 15 s).
+    static void setIdleTimeout(int milliseconds);
+
     QStringList tableNames() const;               // user tables, catalog order
     QString findTable(const QString &name) const; // catalog spelling of `name` (any case), "" when absent
 
@@ -38,11 +44,10 @@ class JetFile
     void readTable(const QString &table, const std::function<void(const std::vector<JetColumn> &)> &onColumns,
                    const std::function<void(const QVariantList &)> &onRow);
 
-    struct Handle;
-
   private:
-    explicit JetFile(std::unique_ptr<Handle> h);
-    std::unique_ptr<Handle> h;
+    JetFile(QString path, QStringList tables);
+    QString m_path;
+    QStringList m_tables;
 };
 
 // Creates `table` in the SQLite connection `connection` and copies every row into it.

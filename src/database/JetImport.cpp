@@ -13,11 +13,10 @@ namespace ht
 namespace
 {
 
-void runOrThrow(QSqlQuery &q, const QString &what)
-{
-    if (!q.exec())
-        throw DbError(QStringLiteral("%1: %2").arg(what, q.lastError().text()).toStdString());
-}
+// SQLite refused a copied row (a key value repeated), as opposed to a failed read.
+struct RowRefused : DbError {
+    using DbError::DbError;
+};
 
 // One attempt at copying; `withKey` makes a single autonumber column the INTEGER PRIMARY KEY.
 void copyTableOnce(JetFile &jet, const QString &table, QSqlDatabase &db, bool withKey)
@@ -39,9 +38,10 @@ void copyTableOnce(JetFile &jet, const QString &table, QSqlDatabase &db, bool wi
                 marks << QStringLiteral("?");
             }
             QSqlQuery create(db);
-            create.prepare(
-                QStringLiteral("CREATE TABLE %1 (%2)").arg(quoteIdentifier(table), defs.join(QStringLiteral(", "))));
-            runOrThrow(create, QStringLiteral("Cannot create table %1").arg(table));
+            if (!create.exec(QStringLiteral("CREATE TABLE %1 (%2)")
+                                 .arg(quoteIdentifier(table), defs.join(QStringLiteral(", ")))))
+                throw DbError(
+                    QStringLiteral("Cannot create table %1: %2").arg(table, create.lastError().text()).toStdString());
             if (!insert.prepare(QStringLiteral("INSERT INTO %1 VALUES (%2)")
                                     .arg(quoteIdentifier(table), marks.join(QStringLiteral(", ")))))
                 throw DbError(insert.lastError().text().toStdString());
@@ -49,7 +49,10 @@ void copyTableOnce(JetFile &jet, const QString &table, QSqlDatabase &db, bool wi
         [&](const QVariantList &row) {
             for (int i = 0; i < row.size(); ++i)
                 insert.bindValue(i, row[i]);
-            runOrThrow(insert, QStringLiteral("Cannot copy a row of table %1").arg(table));
+            if (!insert.exec())
+                throw RowRefused(QStringLiteral("Cannot copy a row of table %1: %2")
+                                     .arg(table, insert.lastError().text())
+                                     .toStdString());
         });
 }
 
@@ -60,8 +63,8 @@ void copyJetTable(JetFile &jet, const QString &table, const QString &connection)
     QSqlDatabase db = QSqlDatabase::database(connection, false);
     try {
         copyTableOnce(jet, table, db, true);
-    } catch (const DbError &) {
-        // An autonumber column with repeated or missing values cannot be the key: copy it plain.
+    } catch (const RowRefused &) {
+        // An autonumber column with repeated values cannot be the key: copy it plain.
         QSqlQuery drop(db);
         drop.exec(QStringLiteral("DROP TABLE IF EXISTS %1").arg(quoteIdentifier(table)));
         copyTableOnce(jet, table, db, false);
