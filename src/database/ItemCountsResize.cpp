@@ -112,8 +112,10 @@ void rebuild(Database &db, const KindTables &t, long count)
             {qlonglong(count), qlonglong(count)});
 
     // One text row per definition row and language present; the saved ones keep their texts.
+    // Typed columns, so that the look-up below can use the key (untyped ones made it a scan per row).
     db.exec(QStringLiteral("DROP TABLE IF EXISTS temp.ht_texts"));
-    db.exec(QStringLiteral("CREATE TEMP TABLE ht_texts (id, language, PRIMARY KEY (id, language)) WITHOUT ROWID"));
+    db.exec(QStringLiteral(
+        "CREATE TEMP TABLE ht_texts (id INTEGER, language INTEGER, PRIMARY KEY (id, language)) WITHOUT ROWID"));
     db.exec(sqlFor(t, QStringLiteral("INSERT OR IGNORE INTO temp.ht_texts SELECT %J, Language FROM %T "
                                      "WHERE Language IS NOT NULL")));
     db.exec(sqlFor(t, QStringLiteral("INSERT INTO %T (%J, Language) "
