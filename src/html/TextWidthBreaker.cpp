@@ -9,6 +9,14 @@
 namespace ht
 {
 
+// The metrics of one font and the advances of the characters met so far.
+struct TextWidthBreaker::FontMeasure {
+    explicit FontMeasure(const QFont &font) : metrics(font), metricsF(font) {}
+    QFontMetrics metrics;
+    QFontMetricsF metricsF;
+    QHash<char16_t, double> advances;
+};
+
 namespace
 {
 
@@ -50,16 +58,34 @@ void TextWidthBreaker::setFont(const QString &fontName, const QString &fontSize,
     }
     // One metrics object per font for the whole life of the breaker.
     const QString key = m_font.key();
-    auto it = m_metricsByFont.find(key);
-    if (it == m_metricsByFont.end())
-        it = m_metricsByFont.insert(key, std::make_shared<QFontMetrics>(m_font));
-    m_metrics = it->get();
+    auto it = m_measures.find(key);
+    if (it == m_measures.end())
+        it = m_measures.insert(key, std::make_shared<FontMeasure>(m_font));
+    m_measure = it->get();
 }
 
 int TextWidthBreaker::textWidthTwips(const QString &text) const
 {
-    const int pixels = m_metrics ? m_metrics->horizontalAdvance(text) : QFontMetrics(m_font).horizontalAdvance(text);
+    const int pixels =
+        m_measure ? m_measure->metrics.horizontalAdvance(text) : QFontMetrics(m_font).horizontalAdvance(text);
     return pixels * 15;
+}
+
+double TextWidthBreaker::estimateWidth(const QString &text)
+{
+    double width = 0;
+    for (QChar qc : text) {
+        const char16_t c = qc.unicode();
+        // Latin, Greek and Cyrillic without controls and combining marks: shaping
+        // only kerns them. Other scripts, tabs and surrogates are always measured.
+        if (c < 0x20 || (c >= 0x7F && c < 0xA0) || (c >= 0x300 && c < 0x370) || c >= 0x590)
+            return -1;
+        auto it = m_measure->advances.constFind(c);
+        if (it == m_measure->advances.constEnd())
+            it = m_measure->advances.insert(c, m_measure->metricsF.horizontalAdvance(qc));
+        width += *it;
+    }
+    return width;
 }
 
 QStringList splitWordsAtBlanks(const QString &text)
@@ -83,17 +109,27 @@ QStringList TextWidthBreaker::TextSingleLineToArray(Context &ctx, const QString 
 {
     try {
         setFont(fontName, fontSize, fontWeight);
-        const int limitTwips = (width != 0 ? width : 1024) * 15;
-        // Window events run once per text, not per word: a bulk run breaks many texts.
-        if (ctx.processEvents)
-            ctx.processEvents();
+        const int limitPixels = width != 0 ? width : 1024;
+        const int limitTwips = limitPixels * 15;
+        // Joins that stay this far below the limit by the sum of the characters'
+        // advances need no shaping: kerning never makes up the difference.
+        const double safeBelow = limitPixels * 0.9 - 4;
+        const double blank = estimateWidth(QStringLiteral(" "));
         const QStringList words = splitWordsAtBlanks(text);
         QStringList lines{words.first()};
+        double lineEstimate = estimateWidth(words.first());
         for (qsizetype i = 1; i < words.size(); ++i) {
+            const QString &word = words.at(i);
+            const double wordEstimate = estimateWidth(word);
+            const bool clearlyFits = !m_measureEveryJoin && lineEstimate >= 0 && wordEstimate >= 0 &&
+                                     lineEstimate + wordEstimate < safeBelow;
             // The blank that joins the word is not part of the measurement.
-            if (textWidthTwips(lines.last() + words.at(i)) >= limitTwips)
+            if (!clearlyFits && textWidthTwips(lines.last() + word) >= limitTwips) {
                 lines.append(QString());
-            lines.last() += QLatin1Char(' ') + words.at(i);
+                lineEstimate = 0;
+            }
+            lines.last() += QLatin1Char(' ') + word;
+            lineEstimate = (lineEstimate < 0 || wordEstimate < 0) ? -1 : lineEstimate + blank + wordEstimate;
         }
         return lines;
     } catch (const std::exception &e) {

@@ -8,7 +8,7 @@
 #include <QStringList>
 #include <memory>
 
-class QFontMetrics;
+class QFontMetricsF;
 
 namespace ht
 {
@@ -34,12 +34,21 @@ class TextWidthBreaker
 
     static int pixelSizeForPoints(double points);
 
+    // Measure every join exactly (no estimate for lines far below the limit);
+    // for comparing both ways in tests.
+    void setMeasureEveryJoin(bool on) { m_measureEveryJoin = on; }
+
   private:
+    struct FontMeasure;
     void setFont(const QString &fontName, const QString &fontSize, const QString &fontWeight);
+    // Sum of the single-character advances in pixels, or -1 when the text holds
+    // characters whose shaped width may exceed that sum.
+    double estimateWidth(const QString &text);
 
     QFont m_font;
-    const QFontMetrics *m_metrics = nullptr;
-    QHash<QString, std::shared_ptr<QFontMetrics>> m_metricsByFont;
+    FontMeasure *m_measure = nullptr;
+    QHash<QString, std::shared_ptr<FontMeasure>> m_measures;
+    bool m_measureEveryJoin = false;
 };
 
 // Splits at blanks as the line breaker does: runs of blanks count as one.

@@ -119,3 +119,57 @@ TEST(TextWidthBreaker, ZeroWidthBehavesAs1024Pixels)
 }
 
 } // namespace
+
+namespace
+{
+
+// Texts of mixed scripts and word lengths, drawn from a fixed seed.
+QStringList sampleTexts()
+{
+    const QStringList pieces{u"Check"_qs,      u"the"_qs,       u"conveyor"_qs, u"belt<br>tension"_qs,
+                             u"AVAWAY"_qs,     u"fi"_qs,        u"W."_qs,       u"Привод"_qs,
+                             u"остановлен"_qs, u"ΑΒΓ"_qs,       u"停止"_qs,     u"محرك"_qs,
+                             u"é"_qs,          u"tab\there"_qs, u"x\u0301y"_qs, u"Donaudampfschifffahrt"_qs,
+                             u"T,"_qs,         u"LTA"_qs,       u"((f))"_qs,    u"1234567890"_qs};
+    QStringList texts;
+    quint32 seed = 12345;
+    for (int t = 0; t < 150; ++t) {
+        QString text;
+        const int words = 5 + t % 60;
+        for (int w = 0; w < words; ++w) {
+            seed = seed * 1103515245u + 12345u;
+            text += pieces.at((seed >> 16) % pieces.size()) + (w % 9 == 8 ? u"  "_qs : u" "_qs);
+        }
+        texts.append(text);
+    }
+    return texts;
+}
+
+class EstimatedAndMeasured : public ::testing::TestWithParam<std::tuple<const char *, const char *, int>>
+{
+};
+
+// Joins far below the limit are decided from the characters' advances; the
+// lines must be exactly those that measuring every join gives.
+TEST_P(EstimatedAndMeasured, BreakIdentically)
+{
+    const auto [family, weight, width] = GetParam();
+    TestContext tc;
+    TextWidthBreaker fast, exact;
+    exact.setMeasureEveryJoin(true);
+    for (const QString &text : sampleTexts()) {
+        for (const QString size : {u"10"_qs, u"18"_qs}) {
+            const QStringList a = fast.TextSingleLineToArray(tc.ctx, text, QString::fromLatin1(family), size,
+                                                             QString::fromLatin1(weight), width);
+            const QStringList b = exact.TextSingleLineToArray(tc.ctx, text, QString::fromLatin1(family), size,
+                                                              QString::fromLatin1(weight), width);
+            ASSERT_EQ(a, b) << text.toStdString();
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Fonts, EstimatedAndMeasured,
+                         ::testing::Combine(::testing::Values("Arial", "Times New Roman", "Courier New"),
+                                            ::testing::Values("400", "700"), ::testing::Values(120, 720, 921)));
+
+} // namespace
