@@ -24,3 +24,11 @@ add_custom_command(
   VERBATIM)
 add_custom_target(helptext_templates ALL
   DEPENDS ${_out}/HelpTextMitMaterialchange.mdb ${_out}/HelpTextOhneMaterialchange.mdb)
+
+# The database tests run the tool and read the templates it made.
+function(_helptext_database_test_dependencies)
+  if(TARGET test_database)
+    add_dependencies(test_database helptext-mkdb helptext_templates)
+  endif()
+endfunction()
+cmake_language(DEFER DIRECTORY ${CMAKE_SOURCE_DIR} CALL _helptext_database_test_dependencies)

@@ -1,0 +1,98 @@
+// The template databases made at build time and the tool that makes them.
+#include "database/HelpTextDatabase.h"
+#include "database/HelpTextFixture.h"
+
+#include <QFile>
+#include <QProcess>
+#include <gtest/gtest.h>
+
+using namespace ht;
+using namespace ht::test;
+
+namespace
+{
+
+QString tool()
+{
+    return binDir() + QStringLiteral("/helptext-mkdb");
+}
+
+int runTool(const QStringList &args)
+{
+    QProcess p;
+    p.start(tool(), args);
+    if (!p.waitForFinished(60000))
+        return -1;
+    return p.exitCode();
+}
+
+QString schemaFile(const QString &name)
+{
+    return sourceDir() + QStringLiteral("/src/database/schema/") + name;
+}
+
+} // namespace
+
+class TemplateDatabase : public ::testing::TestWithParam<bool>
+{
+};
+
+TEST_P(TemplateDatabase, HasFiveFreeBlocksAndNoLanguage)
+{
+    const bool materialChange = GetParam();
+    const QString name = materialChange ? QStringLiteral("HelpTextMitMaterialchange.mdb")
+                                        : QStringLiteral("HelpTextOhneMaterialchange.mdb");
+    DbTestContext t;
+    const QString db = t.path(name);
+    ASSERT_TRUE(QFile::copy(binDir() + u'/' + name, db)) << "made by the build beside the programs";
+    ASSERT_EQ(detectDatabaseFormat(db), DbFormat::SQLite);
+
+    EXPECT_EQ(CheckConnection(t.ctx, db), db);
+    EXPECT_EQ(t.ctx.state.materialChangePresent, materialChange);
+    EXPECT_EQ(dump(db, QStringLiteral("SELECT Item, Data FROM DBSys ORDER BY Item")),
+              (QStringList{QStringLiteral("MaxLenAlarm|256"), QStringLiteral("MaxLenMaterialChange|1000"),
+                           QStringLiteral("MaxLenWarning|256")}));
+    const QString blocks = QStringLiteral("SELECT (%1 - 1) / %3, MIN(%1), MAX(%1), MIN(%2), MAX(%2), "
+                                          "group_concat(DISTINCT MachineType) FROM %4 GROUP BY 1 ORDER BY 1");
+    QStringList alarmBlocks, mcBlocks;
+    for (int b = 0; b < 5; ++b) {
+        alarmBlocks << QStringLiteral("%1|%2|%3|1|256|0").arg(b).arg(b * 256 + 1).arg(b * 256 + 256);
+        mcBlocks << QStringLiteral("%1|%2|%3|1|1000|0").arg(b).arg(b * 1000 + 1).arg(b * 1000 + 1000);
+    }
+    EXPECT_EQ(dump(db, blocks.arg(QStringLiteral("AlarmID"), QStringLiteral("AlarmNo"), QStringLiteral("256"),
+                                  QStringLiteral("AlarmDefinition"))),
+              alarmBlocks);
+    EXPECT_EQ(dump(db, blocks.arg(QStringLiteral("WarningID"), QStringLiteral("WarningNo"), QStringLiteral("256"),
+                                  QStringLiteral("WarningDefinition"))),
+              alarmBlocks);
+    if (materialChange)
+        EXPECT_EQ(dump(db, blocks.arg(QStringLiteral("MaterialChangeID"), QStringLiteral("MaterialChangeNo"),
+                                      QStringLiteral("1000"), QStringLiteral("MaterialChangeDefinition"))),
+                  mcBlocks);
+    EXPECT_EQ(dump(db, QStringLiteral("SELECT (SELECT COUNT(*) FROM Language) + (SELECT COUNT(*) FROM Discription) "
+                                      "+ (SELECT COUNT(*) FROM AlarmText) + (SELECT COUNT(*) FROM WarningText)")),
+              QStringList{QStringLiteral("0")});
+}
+
+INSTANTIATE_TEST_SUITE_P(WithAndWithoutMaterialChange, TemplateDatabase, ::testing::Bool());
+
+TEST(MakeDatabaseTool, NeverOverwritesAndLeavesNothingOnFailure)
+{
+    DbTestContext t;
+    const QString out = t.path(QStringLiteral("Languages.sqlite"));
+    ASSERT_EQ(runTool({out, schemaFile(QStringLiteral("languages.sql"))}), 0);
+    auto db = Database::open(out, Database::Mode::ReadOnly);
+    EXPECT_TRUE(db->hasColumn(QStringLiteral("LookupLanguages"), QStringLiteral("SubstBy")));
+    db.reset();
+
+    const QByteArray made = readFileBytes(out);
+    EXPECT_EQ(runTool({out, schemaFile(QStringLiteral("indextext.sql"))}), 2);
+    EXPECT_EQ(readFileBytes(out), made);
+
+    // The second script fails half-way: no file is left.
+    const QString bad = t.path(QStringLiteral("bad.sql"));
+    writeFileBytes(bad, "CREATE TABLE Extra (x);\nINSERT INTO Nowhere VALUES (1);\n");
+    const QString failed = t.path(QStringLiteral("Failed.sqlite"));
+    EXPECT_EQ(runTool({failed, schemaFile(QStringLiteral("indextext.sql")), bad}), 1);
+    EXPECT_FALSE(QFile::exists(failed));
+}
