@@ -34,10 +34,10 @@ sqlite3 *sqliteHandle(const QSqlDatabase &db)
     return *static_cast<sqlite3 *const *>(v.constData());
 }
 
-// The table SQLite could not find, from its "no such table: X" message.
+// The table SQLite could not find, from its "no such table: X" message (X may hold blanks).
 QString missingTable(const QString &errorText)
 {
-    static const QRegularExpression re(QStringLiteral("no such table: (?:main\\.)?(\\S+)"));
+    static const QRegularExpression re(QStringLiteral("no such table: (?:main\\.)?(.+)$"));
     const auto m = re.match(errorText);
     return m.hasMatch() ? m.captured(1) : QString();
 }

@@ -313,7 +313,8 @@ void sendValue(Sink &sink, MdbHandle *mdb, MdbColumn *col)
     case MDB_REPID: {
         if (col->col_type == MDB_MEMO && len >= MDB_MEMO_OVERHEAD) {
             // UTF-8 needs at most 3 bytes per stored byte (compressed text stores 1 byte per letter).
-            const size_t stored = size_t(mdb_get_int32(mdb->pg_buf, start)) & 0x00ffffffu;
+            const size_t stored =
+                size_t(mdb_get_int32(mdb->pg_buf, start)) & 0x3fffffffu; // without the inline/single-page flags
             mdb_set_bind_size(mdb, std::max(kMinBindSize, stored * 3 + 16));
         }
         char *s = mdb_col_to_string(mdb, mdb->pg_buf, start, col->col_type, len);
