@@ -378,3 +378,16 @@ TEST(ConnectToDB_Helptext, ReturnsTheChoiceAndWarnsAboutTheReadOnlyBox)
         }
     }
 }
+
+TEST(CheckConnection, OddCharactersInThePathAreKept)
+{
+    DbTestContext t;
+    ASSERT_TRUE(QDir(t.dir.path()).mkpath(QStringLiteral("Mäschine \"A\" 100% ' machine")));
+    const QString db = t.path(QStringLiteral("Mäschine \"A\" 100% ' machine/Help text.v2.mdb"));
+    makeHelpTextDb(db);
+    EXPECT_EQ(CheckConnection(t.ctx, db), db);
+    EXPECT_EQ(savedHelpTextDb(t), db);
+    ASSERT_TRUE(CreateDBBackup(t.ctx));
+    EXPECT_EQ(t.ctx.state.lastBackupPath,
+              t.path(QStringLiteral("Mäschine \"A\" 100% ' machine/Help text.v2_BACKUP.sav")));
+}
