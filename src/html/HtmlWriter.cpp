@@ -265,7 +265,7 @@ void HtmlRun::run(bool alarms, bool warnings, bool materialChange, const QString
 
     ctx.state.writingHtml = true;
     mainDir = ctx.state.helpMainDir;
-    if (mainDir.isEmpty() || !GetDirectory(ctx, mainDir)) {
+    if (!GetDirectory(ctx, mainDir)) {
         ctx.state.writingHtml = false;
         return;
     }

@@ -98,7 +98,6 @@ class GoldenPages : public ::testing::TestWithParam<std::string>
 TEST_P(GoldenPages, WritesExactlyTheExpectedTree)
 {
     const QString caseDir = goldenDir() + QLatin1Char('/') + QString::fromStdString(GetParam()) + QLatin1Char('/');
-    const QString schemaDir = goldenDir() + QStringLiteral("/_schema/");
     const auto settings = readCaseSettings(caseDir + QStringLiteral("case.txt"));
 
     TestContext tc;
@@ -106,14 +105,13 @@ TEST_P(GoldenPages, WritesExactlyTheExpectedTree)
     const QString helpDir = tc.path(QStringLiteral("help")) + QLatin1Char('/');
     ASSERT_TRUE(QDir().mkpath(helpDir));
     ctx.state.helpTextDB = tc.path(QStringLiteral("helptext.sqlite"));
-    createDatabaseFromScripts(ctx.state.helpTextDB,
-                              {schemaDir + QStringLiteral("helptext.sql"), caseDir + QStringLiteral("helptext.sql")});
+    createDatabaseFromScripts(ctx.state.helpTextDB, helpTextSchema() << caseDir + QStringLiteral("helptext.sql"));
     ctx.state.langLookupDB = tc.path(QStringLiteral("languages.sqlite"));
-    createDatabaseFromScripts(ctx.state.langLookupDB, {schemaDir + QStringLiteral("languages.sql")});
+    createDatabaseFromScripts(ctx.state.langLookupDB, languagesSchemaAndData());
     if (QFile::exists(caseDir + QStringLiteral("indextext.sql"))) {
         ctx.state.indexTextDB = tc.path(QStringLiteral("indextext.sqlite"));
-        createDatabaseFromScripts(ctx.state.indexTextDB, {schemaDir + QStringLiteral("indextext.sql"),
-                                                          caseDir + QStringLiteral("indextext.sql")});
+        createDatabaseFromScripts(ctx.state.indexTextDB,
+                                  {indexTextSchema(), caseDir + QStringLiteral("indextext.sql")});
     }
     const QString templates = settings.value(QStringLiteral("templates"));
     if (templates == QLatin1String("samples"))

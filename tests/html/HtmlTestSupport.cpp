@@ -4,7 +4,6 @@
 #include "support/TestSupport.h"
 
 #include <QFile>
-#include <QRegularExpression>
 #include <stdexcept>
 
 namespace ht::test
@@ -19,19 +18,25 @@ void runSqlScript(const QString &dbPath, const QString &script)
 {
     auto db = Database::open(dbPath, Database::Mode::ReadWrite);
     Database::Transaction t(*db);
-    static const QRegularExpression end(QStringLiteral(";\\s*(\\n|$)"));
-    for (QString statement : script.split(end)) {
-        // Comment lines are dropped; SQL text itself never starts a line with "--".
-        QStringList kept;
-        for (const QString &line : statement.split(QLatin1Char('\n'))) {
-            if (!line.trimmed().startsWith(QLatin1String("--")))
-                kept.append(line);
-        }
-        statement = kept.join(QLatin1Char('\n')).trimmed();
-        if (!statement.isEmpty())
-            db->exec(statement);
-    }
+    db->execScript(script);
     t.commit();
+}
+
+QStringList helpTextSchema()
+{
+    const QString dir = sourceDir() + QStringLiteral("/src/database/schema/");
+    return {dir + QStringLiteral("helptext.sql"), dir + QStringLiteral("helptext_materialchange.sql")};
+}
+
+QStringList languagesSchemaAndData()
+{
+    return {sourceDir() + QStringLiteral("/src/database/schema/languages.sql"),
+            htmlTestDir() + QStringLiteral("/golden/_schema/languages_data.sql")};
+}
+
+QString indexTextSchema()
+{
+    return sourceDir() + QStringLiteral("/src/database/schema/indextext.sql");
 }
 
 void createDatabaseFromScripts(const QString &path, const QStringList &scriptFiles)

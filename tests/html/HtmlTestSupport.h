@@ -10,7 +10,11 @@ namespace ht::test
 
 // The folder of the golden cases and the shared schema scripts.
 QString htmlTestDir();
-// Creates a SQLite database at `path` and runs the scripts' statements (split at ";" line ends).
+// The schema scripts of the three databases (the languages with the cases' rows).
+QStringList helpTextSchema();
+QStringList languagesSchemaAndData();
+QString indexTextSchema();
+// Creates a SQLite database at `path` and runs the scripts.
 void createDatabaseFromScripts(const QString &path, const QStringList &scriptFiles);
 void runSqlScript(const QString &dbPath, const QString &script);
 // The bytes a page with these lines has on disk: UTF-16LE, mark, CR LF after every line.

@@ -43,13 +43,17 @@ class IndexTexts : public ::testing::Test
     void SetUp() override
     {
         db = tc.path(u"index.sqlite"_qs);
-        createDatabaseFromScripts(db, {htmlTestDir() + u"/golden/_schema/indextext.sql"_qs});
-        runSqlScript(db, u"INSERT INTO TidxGroups VALUES (1, 0, 'Feeder');\n"
-                         u"INSERT INTO TidxGroups VALUES (2, 1, 'Motor');\n"
-                         u"INSERT INTO TidxGroups VALUES (3, 0, 'Pump');\n"
-                         u"INSERT INTO TidxTexts VALUES (1, 2, 'Speed', 'Belt speed', 'Bandgeschwindigkeit', NULL);\n"
-                         u"INSERT INTO TidxTexts VALUES (2, 3, 'Speed', 'Top speed', 'Hoechstgeschwindigkeit', NULL);\n"
-                         u"INSERT INTO TidxTexts VALUES (3, 1, 'Name', 'Feeder \"A\"', 'Zufuehrung', NULL);"_qs);
+        createDatabaseFromScripts(db, {indexTextSchema()});
+        runSqlScript(
+            db,
+            u"INSERT INTO TidxGroups VALUES (1, 0, 'Feeder');\n"
+            u"INSERT INTO TidxGroups VALUES (2, 1, 'Motor');\n"
+            u"INSERT INTO TidxGroups VALUES (3, 0, 'Pump');\n"
+            u"INSERT INTO TidxTexts (ID, ParentID, Name, L1, L2, L3) VALUES (1, 2, 'Speed', 'Belt speed', "
+            u"'Bandgeschwindigkeit', NULL);\n"
+            u"INSERT INTO TidxTexts (ID, ParentID, Name, L1, L2, L3) VALUES (2, 3, 'Speed', 'Top speed', "
+            u"'Hoechstgeschwindigkeit', NULL);\n"
+            u"INSERT INTO TidxTexts (ID, ParentID, Name, L1, L2, L3) VALUES (3, 1, 'Name', 'Feeder \"A\"', 'Zufuehrung', NULL);"_qs);
         tc.ctx.state.indexTextDB = db;
     }
     TestContext tc;
@@ -76,7 +80,7 @@ TEST_F(IndexTexts, ForeignLanguageNumbersNeverReachTheSql)
 {
     Context &ctx = tc.ctx;
     EXPECT_EQ(GetScopiaIndexText(ctx, db, u"1 FROM TidxTexts; --"_qs, u"Feeder.Motor.Speed"_qs, 1), u"-1"_qs);
-    EXPECT_EQ(GetScopiaIndexText(ctx, db, u"9"_qs, u"Feeder.Motor.Speed"_qs, 1), u"-1"_qs); // no column L9
+    EXPECT_EQ(GetScopiaIndexText(ctx, db, u"11"_qs, u"Feeder.Motor.Speed"_qs, 1), u"-1"_qs); // no column L11
     EXPECT_EQ(GetScopiaIndexText(ctx, db, u"1"_qs, u"Feeder.x' OR '1'='1"_qs, 1), u"-1"_qs);
 }
 

@@ -29,22 +29,22 @@ class Writer : public ::testing::Test
     void SetUp() override
     {
         Context &ctx = tc.ctx;
-        const QString schema = htmlTestDir() + u"/golden/_schema/"_qs;
         ctx.state.helpTextDB = tc.path(u"helptext.sqlite"_qs);
-        createDatabaseFromScripts(ctx.state.helpTextDB, {schema + u"helptext.sql"_qs});
-        runSqlScript(ctx.state.helpTextDB, u"INSERT INTO Language VALUES (1, 'English', 'Arial 10 400', '');\n"
-                                           u"INSERT INTO Language VALUES (2, 'German', 'Arial 10 400', '');\n"
-                                           u"INSERT INTO AlarmDefinition VALUES (1, 'M1', 1, '', '', '', '');\n"
-                                           u"INSERT INTO AlarmDefinition VALUES (2, 'M1', 2, '', '', '', '');\n"
-                                           u"INSERT INTO AlarmDefinition VALUES (3, 'M1', 3, '', '', '', '');\n"
-                                           u"INSERT INTO AlarmText SELECT AlarmID, 1, 'D', 'R', 'Text ' || AlarmNo "
-                                           u"FROM AlarmDefinition;\n"
-                                           u"INSERT INTO AlarmText SELECT AlarmID, 2, 'D', 'R', 'Text ' || AlarmNo "
-                                           u"FROM AlarmDefinition;\n"_qs);
+        createDatabaseFromScripts(ctx.state.helpTextDB, helpTextSchema());
+        runSqlScript(ctx.state.helpTextDB,
+                     u"INSERT INTO Language VALUES (1, 'English', 'Arial 10 400', '');\n"
+                     u"INSERT INTO Language VALUES (2, 'German', 'Arial 10 400', '');\n"
+                     u"INSERT OR REPLACE INTO AlarmDefinition VALUES (1, 'M1', 1, '', '', '', '');\n"
+                     u"INSERT OR REPLACE INTO AlarmDefinition VALUES (2, 'M1', 2, '', '', '', '');\n"
+                     u"INSERT OR REPLACE INTO AlarmDefinition VALUES (3, 'M1', 3, '', '', '', '');\n"
+                     u"INSERT INTO AlarmText SELECT AlarmID, 1, 'D', 'R', 'Text ' || AlarmNo "
+                     u"FROM AlarmDefinition;\n"
+                     u"INSERT INTO AlarmText SELECT AlarmID, 2, 'D', 'R', 'Text ' || AlarmNo "
+                     u"FROM AlarmDefinition;\n"_qs);
         ctx.state.langLookupDB = tc.path(u"languages.sqlite"_qs);
-        createDatabaseFromScripts(ctx.state.langLookupDB, {schema + u"languages.sql"_qs});
+        createDatabaseFromScripts(ctx.state.langLookupDB, languagesSchemaAndData());
         ctx.state.indexTextDB = tc.path(u"index.sqlite"_qs);
-        createDatabaseFromScripts(ctx.state.indexTextDB, {schema + u"indextext.sql"_qs});
+        createDatabaseFromScripts(ctx.state.indexTextDB, {indexTextSchema()});
         help = tc.path(u"help"_qs) + u"/"_qs;
         QDir().mkpath(help);
         for (const QString &name :
@@ -230,7 +230,7 @@ TEST(ScreenResolution, StoredAskedOrDefaulted)
     ctx.state.unattended = true;
     GetScopiaResolution(ctx);
     EXPECT_EQ(ctx.state.screenResolution, u"1024"_qs);
-    EXPECT_TRUE(tc.errorLog().contains(u"ScreenResolution"_qs) || !tc.errorLog().isEmpty());
+    EXPECT_TRUE(tc.errorLog().contains(u"pages laid out for 1024"_qs)) << tc.errorLog().toStdString();
     EXPECT_TRUE(tc.ui.shown.empty());
 
     ctx.state.unattended = false;
@@ -262,6 +262,22 @@ TEST_F(Writer, FontSizeFollowsTheResolution)
             QString::fromUtf16(reinterpret_cast<const char16_t *>(bytes.constData()), bytes.size() / 2);
         EXPECT_TRUE(page.contains(u"font-size: "_qs + size)) << resolution.toStdString();
     }
+}
+
+} // namespace
+
+namespace
+{
+
+TEST_F(Writer, HelpDirectoryThatCannotBeMadeEndsTheRun)
+{
+    tc.ctx.state.unattended = true;
+    tc.ctx.state.helpMainDir = tc.path(u"no/such/parents/"_qs);
+    bool a = true, w = false, m = false;
+    WriteHTMLPage(tc.ctx, nullptr, a, w, m, QString(), QString(), 0);
+    EXPECT_EQ(tc.errorLog(), u"Error creating directory \""_qs + tc.ctx.state.helpMainDir + u"\" !\r\n"_qs);
+    EXPECT_FALSE(tc.ctx.state.writingHtml);
+    EXPECT_EQ(pageCount(), 0);
 }
 
 } // namespace

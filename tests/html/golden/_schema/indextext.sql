@@ -1,3 +1,0 @@
--- Index-text database of the operator-panel software.
-CREATE TABLE TidxGroups (ID INTEGER PRIMARY KEY, ParentID INTEGER, Name TEXT COLLATE NOCASE);
-CREATE TABLE TidxTexts (ID INTEGER PRIMARY KEY, ParentID INTEGER, Name TEXT COLLATE NOCASE, L1 TEXT, L2 TEXT, L3 TEXT);
