@@ -1,8 +1,10 @@
 // Values bound as parameters come back unchanged; text compares without regard to case
 // in every script, as Jet does.
+#include "database/Collation.h"
 #include "database/Database.h"
 
 #include <QTemporaryDir>
+#include <cstring>
 #include <gtest/gtest.h>
 
 using namespace ht;
@@ -159,4 +161,25 @@ TEST_F(DatabaseValues, FailingStatementsThrow)
     EXPECT_THROW(db->query(QStringLiteral("SELECT * FROM NoSuchTable")), DbError);
     EXPECT_THROW(db->exec(QStringLiteral("INSERT INTO Item (Nope) VALUES (?)"), {1}), DbError);
     EXPECT_THROW(db->query(QStringLiteral("SELEC nonsense")), DbError);
+}
+
+TEST(CaselessOrder, IsATotalOrderAcrossAsciiAndOtherScripts)
+{
+    // Pure ASCII takes a fast path; its order must agree with the Unicode path, or indexes break.
+    const char *samples[] = {"",   "a",  "A",  "[", "_", "z", "Z", "ä",  "Ä", "äa", "Äb", "ab", "AB",    "zä",
+                             "Zz", "_ä", "[ä", "ω", "Ω", "Я", "я", "中", "~", "0",  "é",  "E",  "ÉCRAN", "ecran"};
+    auto cmp = [](const char *a, const char *b) {
+        return compareCaseless(a, int(std::strlen(a)), b, int(std::strlen(b)));
+    };
+    for (const char *a : samples) {
+        EXPECT_EQ(cmp(a, a), 0);
+        for (const char *b : samples) {
+            EXPECT_EQ(cmp(a, b), -cmp(b, a)) << a << " " << b;
+            for (const char *c : samples)
+                if (cmp(a, b) <= 0 && cmp(b, c) <= 0)
+                    EXPECT_LE(cmp(a, c), 0) << a << " " << b << " " << c;
+        }
+    }
+    EXPECT_EQ(cmp("ÄÖÜ", "äöü"), 0);
+    EXPECT_LT(cmp("a", "ä"), 0);
 }
