@@ -219,7 +219,10 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
 
         auto cp = languages.codePages.find(rowLanguage);
         if (cp == languages.codePages.end())
-            cp = languages.codePages.insert(rowLanguage, GetCodePage(ctx, rowLanguage));
+            // Without a language-definition database there is nothing to look up; the
+            // code page does not change the page, which is always UTF-16.
+            cp = languages.codePages.insert(
+                rowLanguage, ctx.state.langLookupDB.isEmpty() ? QStringLiteral("-1") : GetCodePage(ctx, rowLanguage));
         ctx.state.currentCodePage = *cp;
         auto spec = languages.fontSpecs.find(row[ColFont]);
         if (spec == languages.fontSpecs.end())
