@@ -188,6 +188,11 @@ struct KindCase {
     long newCount;
 };
 
+void PrintTo(const KindCase &c, std::ostream *os)
+{
+    *os << c.word;
+}
+
 class Rebuild : public ::testing::TestWithParam<KindCase>
 {
   protected:
@@ -293,6 +298,11 @@ struct FailureCase {
     const char *spoil; // SQL run before the rebuild
     long count;
 };
+
+void PrintTo(const FailureCase &c, std::ostream *os)
+{
+    *os << c.name;
+}
 
 class RebuildFailure : public ::testing::TestWithParam<FailureCase>
 {
