@@ -5,6 +5,7 @@
 #include "common/IniFile.h"
 #include "common/StatusDisplay.h"
 #include "html/HelpDirectory.h"
+#include "html/HtmlTextFile.h"
 #include "html/HtmlWriter.h"
 #include "support/TestSupport.h"
 
@@ -278,6 +279,43 @@ TEST_F(Writer, HelpDirectoryThatCannotBeMadeEndsTheRun)
     EXPECT_EQ(tc.errorLog(), u"Error creating directory \""_qs + tc.ctx.state.helpMainDir + u"\" !\r\n"_qs);
     EXPECT_FALSE(tc.ctx.state.writingHtml);
     EXPECT_EQ(pageCount(), 0);
+}
+
+} // namespace
+
+namespace
+{
+
+// Whatever a template holds, the page is the template's lines with the
+// placeholders filled: garbage without placeholders comes out as it went in.
+TEST_F(Writer, GarbageAndHugeTemplatesArePassedThrough)
+{
+    runSqlScript(tc.ctx.state.helpTextDB, u"INSERT OR REPLACE INTO WarningDefinition VALUES (1, 'M1', 1);\n"
+                                          u"INSERT INTO WarningText VALUES (1, 1, 'Oil');\n"
+                                          u"INSERT OR REPLACE INTO WarningDefinition VALUES (2, 'M1', 2);\n"
+                                          u"INSERT INTO WarningText VALUES (2, 1, 'Low');\n"_qs);
+    QByteArray garbage;
+    quint32 seed = 7;
+    while (garbage.size() < 50000) {
+        seed = seed * 1103515245u + 12345u;
+        const char c = char(seed >> 24);
+        if (c != '#')
+            garbage.append(c);
+    }
+    writeFileBytes(help + u"Source_Warnings.html"_qs, garbage);
+    bool a = false, w = true, m = false;
+    WriteHTMLPage(tc.ctx, nullptr, a, w, m, u"M1"_qs, u"English"_qs, 1);
+    EXPECT_EQ(readFileBytes(help + u"M1/Warnings/English/1.html"_qs),
+              pageBytes(splitTextLines(decodeTextFileBytes(garbage))));
+
+    const QString xs(200000, u'x');
+    writeFileBytes(
+        help + u"Source_Warnings.html"_qs,
+        (u"<TITLE>Harko & Co</TITLE>\n"_qs + xs + u"###FUNCTION###"_qs + xs + u"\n###FUNCTION######"_qs).toUtf8());
+    WriteHTMLPage(tc.ctx, nullptr, a, w, m, u"M1"_qs, u"English"_qs, 2);
+    EXPECT_EQ(readFileBytes(help + u"M1/Warnings/English/2.html"_qs),
+              pageBytes({u"<TITLE>Harko & Co</TITLE>"_qs, xs + u"Low<br>"_qs, xs, QString(), u"Low<br>"_qs, u"###"_qs,
+                         QString()}));
 }
 
 } // namespace
