@@ -396,3 +396,28 @@ TEST(CheckConnection, OddCharactersInThePathAreKept)
     EXPECT_EQ(t.ctx.state.lastBackupPath,
               t.path(QStringLiteral("Mäschine \"A\" 100% ' machine/Help text.v2_BACKUP.sav")));
 }
+
+TEST(CheckConnection, BringsFontsAndTooShortTablesUpToDate)
+{
+    DbTestContext t;
+    const QString db = t.path(QStringLiteral("Help.mdb"));
+    makeHelpTextDb(db);
+    addLanguage(db, 1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 8"));
+    openRW(db)->exec(QStringLiteral("UPDATE DBSys SET Data = '300' WHERE Item = 'MaxLenAlarm'"));
+    const QString lookup = t.path(QStringLiteral("Languages.mdb"));
+    makeLookupDb(lookup,
+                 {{1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 10 400"), QStringLiteral("00000407"), 1252}});
+    t.ctx.state.langLookupDB = lookup;
+
+    ASSERT_EQ(CheckConnection(t.ctx, db), db);
+
+    EXPECT_EQ(t.ctx.state.maxItems[KindAlarms], 300);
+    EXPECT_EQ(dump(db, QStringLiteral("SELECT COUNT(*), MAX(AlarmID) FROM AlarmDefinition")),
+              QStringList{QStringLiteral("1500|1500")});
+    EXPECT_EQ(dump(db, QStringLiteral("SELECT Font, KBLayout FROM Language")),
+              QStringList{QStringLiteral("Arial 10 400|00000407")});
+    EXPECT_EQ(t.ctx.state.lastBackupPath, t.path(QStringLiteral("Help_BACKUP.sav")));
+    // The backup holds the database as it was before the rebuild (fonts already brought up to date).
+    EXPECT_EQ(dump(t.ctx.state.lastBackupPath, QStringLiteral("SELECT COUNT(*) FROM AlarmDefinition")),
+              QStringList{QStringLiteral("1280")});
+}
