@@ -110,6 +110,7 @@ INSTANTIATE_TEST_SUITE_P(
     Cases, CheckConnectionBadInput,
     ::testing::Values(
         BadInput{"NotADatabase", [](const QString &p) { writeFileBytes(p, "AlarmDefinition;WarningText\r\n"); }},
+        BadInput{"Missing", [](const QString &p) { QFile::remove(p); }},
         BadInput{"ZeroBytes", [](const QString &p) { writeFileBytes(p, QByteArray()); }},
         BadInput{"Truncated", [](const QString &p) { writeFileBytes(p, readFileBytes(p).left(8192)); }},
         BadInput{"MissingTable", [](const QString &p) { openRW(p)->exec(QStringLiteral("DROP TABLE Discription")); }},
@@ -134,15 +135,6 @@ INSTANTIATE_TEST_SUITE_P(
                      writeFileBytes(p, bytes);
                  }}),
     [](const ::testing::TestParamInfo<BadInput> &info) { return std::string(info.param.name); });
-
-TEST(CheckConnection, MissingFileIsNotCreated)
-{
-    DbTestContext t;
-    const QString db = t.path(QStringLiteral("Nowhere.mdb"));
-    EXPECT_EQ(CheckConnection(t.ctx, db), QString());
-    EXPECT_FALSE(QFile::exists(db));
-    EXPECT_EQ(t.ui.messageTexts(), QStringList{failureText(db)});
-}
 
 TEST(CheckConnection, NumericMachineTypesBecomeTextKeepingTheirValues)
 {
@@ -341,17 +333,6 @@ TEST(GetLanguageList, NamesInRecordOrder)
     EXPECT_EQ(GetLanguageList(t.ctx, list), 3);
     EXPECT_EQ(list,
               (QStringList{QStringLiteral("GERMAN"), QStringLiteral("  ENGLISH "), QStringLiteral("日本語 \"JP\"")}));
-}
-
-TEST(GetLanguageList, AMissingDatabaseIsReportedAndGivesNothing)
-{
-    DbTestContext t;
-    t.ctx.state.helpTextDB = t.path(QStringLiteral("Gone.mdb"));
-    t.continueAfterErrors();
-    QStringList list;
-    EXPECT_EQ(GetLanguageList(t.ctx, list), 0);
-    EXPECT_TRUE(list.isEmpty());
-    EXPECT_TRUE(t.errorLog().contains(QStringLiteral("GetLanguageList")));
 }
 
 TEST(ConnectToDB_Helptext, ReturnsTheChoiceAndWarnsAboutTheReadOnlyBox)

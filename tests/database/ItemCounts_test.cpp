@@ -351,16 +351,3 @@ INSTANTIATE_TEST_SUITE_P(Cases, RebuildFailure,
                          [](const ::testing::TestParamInfo<FailureCase> &info) {
                              return std::string(info.param.name);
                          });
-
-TEST(CorrectItemLenth, AnUnknownKindIsRefused)
-{
-    DbTestContext t;
-    const QString db = t.path(QStringLiteral("Help.mdb"));
-    makeHelpTextDb(db, false);
-    t.ctx.state.helpTextDB = db;
-    t.continueAfterErrors(2);
-    long count = 300;
-    EXPECT_EQ(CorrectItemLenth(t.ctx, QStringLiteral("Alarms"), count), -1);
-    EXPECT_EQ(CorrectItemLenth(t.ctx, QStringLiteral("MaterialChange"), count), -1) << "no such tables";
-    EXPECT_EQ(count, 300);
-}

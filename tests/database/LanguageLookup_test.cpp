@@ -152,14 +152,6 @@ TEST_F(LookupTest, LanguageIdByNumber)
     EXPECT_TRUE(t.ui.shown.empty());
 }
 
-TEST_F(LookupTest, AMissingLookupDatabaseIsReportedUnderTheProcedureName)
-{
-    t.ctx.state.langLookupDB = t.path(QStringLiteral("gone.mdb"));
-    t.continueAfterErrors();
-    EXPECT_EQ(GetCodePage(t.ctx, QStringLiteral("GERMAN")), QStringLiteral("-1"));
-    EXPECT_TRUE(t.errorLog().contains(QStringLiteral("Source: GetCodePage")));
-}
-
 TEST_F(LookupTest, UpdateFontSettingsWidensFontAndCopiesOnlyWhatDiffers)
 {
     const QString db = t.path(QStringLiteral("Help.mdb"));
