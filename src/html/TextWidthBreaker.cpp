@@ -9,12 +9,88 @@
 namespace ht
 {
 
-// The metrics of one font and the advances of the characters met so far.
+// Estimates of a text's width from the advances of its characters, so that
+// only joins close to the limit need shaping. For Latin, Greek and Cyrillic
+// text the shaped width lies between the two estimates: the plain sum of the
+// advances (kerning and ligatures only narrow the text) and that sum with the
+// kerning of every neighbouring pair (ligatures of three narrow it further).
+struct WidthEstimate {
+    bool usable = true;
+    bool empty = true;
+    double advances = 0; // the wider estimate
+    double kerning = 0;  // added: the narrower one
+    char16_t first = 0, last = 0;
+};
+
+// The metrics of one font and the advances and pair kerning met so far.
 struct TextWidthBreaker::FontMeasure {
     explicit FontMeasure(const QFont &font) : metrics(font), metricsF(font) {}
     QFontMetrics metrics;
     QFontMetricsF metricsF;
     QHash<char16_t, double> advances;
+    QHash<quint32, double> pairs;
+
+    static bool estimable(char16_t c)
+    {
+        // Other scripts, controls (tabs), combining marks and surrogates are always shaped.
+        return !(c < 0x20 || (c >= 0x7F && c < 0xA0) || (c >= 0x300 && c < 0x370) || c >= 0x590);
+    }
+    double advance(char16_t c)
+    {
+        auto it = advances.constFind(c);
+        if (it == advances.constEnd())
+            it = advances.insert(c, metricsF.horizontalAdvance(QChar(c)));
+        return *it;
+    }
+    double pair(char16_t a, char16_t b)
+    {
+        const quint32 key = (quint32(a) << 16) | b;
+        auto it = pairs.constFind(key);
+        if (it == pairs.constEnd()) {
+            const QChar both[2] = {QChar(a), QChar(b)};
+            it = pairs.insert(key, metricsF.horizontalAdvance(QString(both, 2)) - advance(a) - advance(b));
+        }
+        return *it;
+    }
+    WidthEstimate estimate(const QString &text)
+    {
+        WidthEstimate e;
+        for (QChar qc : text) {
+            const char16_t c = qc.unicode();
+            if (!estimable(c)) {
+                e.usable = false;
+                return e;
+            }
+            e.advances += advance(c);
+            if (e.empty)
+                e.first = c;
+            else
+                e.kerning += pair(e.last, c);
+            e.empty = false;
+            e.last = c;
+        }
+        return e;
+    }
+    // The estimate of `a` immediately followed by `b`.
+    WidthEstimate joined(const WidthEstimate &a, const WidthEstimate &b)
+    {
+        if (!a.usable || !b.usable) {
+            WidthEstimate none;
+            none.usable = false;
+            return none;
+        }
+        if (a.empty)
+            return b;
+        if (b.empty)
+            return a;
+        WidthEstimate e;
+        e.empty = false;
+        e.advances = a.advances + b.advances;
+        e.kerning = a.kerning + b.kerning + pair(a.last, b.first);
+        e.first = a.first;
+        e.last = b.last;
+        return e;
+    }
 };
 
 namespace
@@ -71,23 +147,6 @@ int TextWidthBreaker::textWidthTwips(const QString &text) const
     return pixels * 15;
 }
 
-double TextWidthBreaker::estimateWidth(const QString &text)
-{
-    double width = 0;
-    for (QChar qc : text) {
-        const char16_t c = qc.unicode();
-        // Latin, Greek and Cyrillic without controls and combining marks: shaping
-        // only kerns them. Other scripts, tabs and surrogates are always measured.
-        if (c < 0x20 || (c >= 0x7F && c < 0xA0) || (c >= 0x300 && c < 0x370) || c >= 0x590)
-            return -1;
-        auto it = m_measure->advances.constFind(c);
-        if (it == m_measure->advances.constEnd())
-            it = m_measure->advances.insert(c, m_measure->metricsF.horizontalAdvance(qc));
-        width += *it;
-    }
-    return width;
-}
-
 QStringList splitWordsAtBlanks(const QString &text)
 {
     QStringList words{QString()};
@@ -111,25 +170,31 @@ QStringList TextWidthBreaker::TextSingleLineToArray(Context &ctx, const QString 
         setFont(fontName, fontSize, fontWeight);
         const int limitPixels = width != 0 ? width : 1024;
         const int limitTwips = limitPixels * 15;
-        // Joins that stay this far below the limit by the sum of the characters'
-        // advances need no shaping: kerning never makes up the difference.
-        const double safeBelow = limitPixels * 0.9 - 4;
-        const double blank = estimateWidth(QStringLiteral(" "));
+        // Shaped only when the estimates do not settle the join: a few pixels of
+        // slack cover the rounding of the shaped width.
+        const double slack = 3 + limitPixels * 0.005;
+        const WidthEstimate blank = m_measure->estimate(QStringLiteral(" "));
         const QStringList words = splitWordsAtBlanks(text);
         QStringList lines{words.first()};
-        double lineEstimate = estimateWidth(words.first());
+        WidthEstimate line = m_measure->estimate(words.first());
         for (qsizetype i = 1; i < words.size(); ++i) {
             const QString &word = words.at(i);
-            const double wordEstimate = estimateWidth(word);
-            const bool clearlyFits = !m_measureEveryJoin && lineEstimate >= 0 && wordEstimate >= 0 &&
-                                     lineEstimate + wordEstimate < safeBelow;
+            const WidthEstimate wordEstimate = m_measure->estimate(word);
             // The blank that joins the word is not part of the measurement.
-            if (!clearlyFits && textWidthTwips(lines.last() + word) >= limitTwips) {
+            const WidthEstimate both = m_measure->joined(line, wordEstimate);
+            bool breakHere;
+            if (!m_measureEveryJoin && both.usable && both.advances < limitPixels - slack)
+                breakHere = false;
+            else if (!m_measureEveryJoin && both.usable && both.advances + both.kerning >= limitPixels + slack)
+                breakHere = true;
+            else
+                breakHere = textWidthTwips(lines.last() + word) >= limitTwips;
+            if (breakHere) {
                 lines.append(QString());
-                lineEstimate = 0;
+                line = WidthEstimate();
             }
             lines.last() += QLatin1Char(' ') + word;
-            lineEstimate = (lineEstimate < 0 || wordEstimate < 0) ? -1 : lineEstimate + blank + wordEstimate;
+            line = m_measure->joined(m_measure->joined(line, blank), wordEstimate);
         }
         return lines;
     } catch (const std::exception &e) {

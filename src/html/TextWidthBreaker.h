@@ -41,9 +41,6 @@ class TextWidthBreaker
   private:
     struct FontMeasure;
     void setFont(const QString &fontName, const QString &fontSize, const QString &fontWeight);
-    // Sum of the single-character advances in pixels, or -1 when the text holds
-    // characters whose shaped width may exceed that sum.
-    double estimateWidth(const QString &text);
 
     QFont m_font;
     FontMeasure *m_measure = nullptr;

@@ -130,10 +130,12 @@ QStringList sampleTexts()
                              u"AVAWAY"_qs,     u"fi"_qs,        u"W."_qs,       u"Привод"_qs,
                              u"остановлен"_qs, u"ΑΒΓ"_qs,       u"停止"_qs,     u"محرك"_qs,
                              u"é"_qs,          u"tab\there"_qs, u"x\u0301y"_qs, u"Donaudampfschifffahrt"_qs,
-                             u"T,"_qs,         u"LTA"_qs,       u"((f))"_qs,    u"1234567890"_qs};
+                             u"T,"_qs,         u"ffi"_qs,       u"Tov"_qs,      u"Wa"_qs,
+                             u"Yo"_qs,         u"P."_qs,        u"V,"_qs,       u"Ÿ"_qs,
+                             u"rt"_qs,         u"LTA"_qs,       u"((f))"_qs,    u"1234567890"_qs};
     QStringList texts;
     quint32 seed = 12345;
-    for (int t = 0; t < 150; ++t) {
+    for (int t = 0; t < 400; ++t) {
         QString text;
         const int words = 5 + t % 60;
         for (int w = 0; w < words; ++w) {
@@ -169,7 +171,7 @@ TEST_P(EstimatedAndMeasured, BreakIdentically)
 }
 
 INSTANTIATE_TEST_SUITE_P(Fonts, EstimatedAndMeasured,
-                         ::testing::Combine(::testing::Values("Arial", "Times New Roman", "Courier New"),
+                         ::testing::Combine(::testing::Values("Arial", "Times New Roman", "Courier New", "Verdana"),
                                             ::testing::Values("400", "700"), ::testing::Values(120, 720, 921)));
 
 } // namespace
