@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QtEndian>
+#include <cstdio>
 
 namespace ht
 {
@@ -25,6 +26,31 @@ QString decodeUtf16(const char *data, qsizetype size, bool bigEndian)
         dst[i] = QChar(char16_t(bigEndian ? (a << 8) | b : (b << 8) | a));
     }
     return out;
+}
+
+// Plain C streams: pages are many and small, and a QFile costs an extra
+// status call per open.
+std::FILE *openFile(const QString &path, bool write)
+{
+#ifdef Q_OS_WIN
+    return _wfopen(reinterpret_cast<const wchar_t *>(path.utf16()), write ? L"wb" : L"rb");
+#else
+    return std::fopen(QFile::encodeName(path).constData(), write ? "wb" : "rb");
+#endif
+}
+
+bool readWholeFile(const QString &path, QByteArray &bytes)
+{
+    std::FILE *f = openFile(path, false);
+    if (!f)
+        return false;
+    char buffer[16384];
+    size_t n;
+    while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
+        bytes.append(buffer, qsizetype(n));
+    const bool ok = !std::ferror(f);
+    std::fclose(f);
+    return ok;
 }
 
 } // namespace
@@ -80,15 +106,15 @@ bool hasGeneratedPageMark(const QString &line)
 QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool checkTitle)
 {
     try {
-        QFile file(path);
-        if (!file.open(QIODevice::ReadOnly)) {
+        QByteArray bytes;
+        if (!readWholeFile(path, bytes)) {
             if (!report)
                 return {QStringLiteral("-1")};
             showMessage(ctx, QStringLiteral("Error reading predefined HTML-File \"") + path + QStringLiteral("\"!"),
                         Buttons::OK, Icon::Critical);
             return {QString()};
         }
-        const QStringList lines = splitTextLines(decodeTextFileBytes(file.readAll()));
+        const QStringList lines = splitTextLines(decodeTextFileBytes(bytes));
         if (ctx.processEvents)
             ctx.processEvents();
         // An empty file reads as one empty line in both modes.
@@ -122,10 +148,11 @@ bool writeHtmlPageFile(const QString &path, const QStringList &lines)
     }
     QByteArray bytes(text.size() * 2, Qt::Uninitialized);
     qToLittleEndian<char16_t>(text.utf16(), text.size(), bytes.data());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    std::FILE *f = openFile(path, true);
+    if (!f)
         return false;
-    return file.write(bytes) == bytes.size();
+    const bool written = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), f) == size_t(bytes.size());
+    return std::fclose(f) == 0 && written;
 }
 
 } // namespace ht

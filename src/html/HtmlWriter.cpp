@@ -20,6 +20,7 @@
 #include <QFile>
 #include <QHash>
 #include <QSet>
+#include <chrono>
 #include <cmath>
 #include <vector>
 
@@ -30,6 +31,36 @@ namespace
 {
 
 const QString kProc = QStringLiteral("WriteHTMLPage");
+int eventIntervalMs = 20;
+
+// For the length of a run, window events run at most once per interval: a
+// bulk run offers them several times per page, and each costs a system call.
+class EventThrottle
+{
+  public:
+    explicit EventThrottle(Context &ctx) : m_ctx(ctx), m_original(ctx.processEvents)
+    {
+        if (!m_original)
+            return;
+        m_ctx.processEvents = [this] {
+            const auto now = std::chrono::steady_clock::now();
+            if (m_ranOnce && now - m_last < std::chrono::milliseconds(eventIntervalMs))
+                return;
+            m_ranOnce = true;
+            m_last = now;
+            m_original();
+        };
+    }
+    ~EventThrottle() { m_ctx.processEvents = m_original; }
+    EventThrottle(const EventThrottle &) = delete;
+    EventThrottle &operator=(const EventThrottle &) = delete;
+
+  private:
+    Context &m_ctx;
+    std::function<void()> m_original;
+    std::chrono::steady_clock::time_point m_last;
+    bool m_ranOnce = false;
+};
 
 QString trimBlanks(const QString &s)
 {
@@ -319,12 +350,18 @@ void WriteHTMLPage(Context &ctx, StatusTarget *form, bool &alarms, bool &warning
                         Buttons::OK, Icon::Critical);
             return;
         }
+        EventThrottle throttle(ctx);
         HtmlRun(ctx, form).run(alarms, warnings, materialChange, machine, language, itemNumber);
     } catch (const std::exception &e) {
         ctx.state.writingHtml = false;
         StatusEnd(ctx, form);
         reportUnexpected(ctx, kProc, e);
     }
+}
+
+void setHtmlEventInterval(int milliseconds)
+{
+    eventIntervalMs = std::max(0, milliseconds);
 }
 
 } // namespace ht

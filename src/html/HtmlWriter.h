@@ -12,4 +12,8 @@ class StatusTarget;
 void WriteHTMLPage(Context &ctx, StatusTarget *form, bool &alarms, bool &warnings, bool &materialChange,
                    const QString &machine, const QString &language, long itemNumber);
 
+// A run lets window events run at most once per this many milliseconds
+// (default 20: the display stays live and ESC is noticed); 0 means at every chance.
+void setHtmlEventInterval(int milliseconds);
+
 } // namespace ht

@@ -154,6 +154,7 @@ TEST_F(Writer, EscAbortStopsBeforeTheNextPage)
     // confirms while the fourth is under way, which is still written.
     bool asked = false;
     tc.ui.push(Answer::Yes);
+    setHtmlEventInterval(0);
     ctx.processEvents = [&] {
         if (!asked && QFile::exists(help + u"M1/Alarms/English/2.html"_qs)) {
             asked = true;
@@ -163,6 +164,7 @@ TEST_F(Writer, EscAbortStopsBeforeTheNextPage)
     };
     bool a = true, w = false, m = false;
     WriteHTMLPage(ctx, nullptr, a, w, m, QString(), QString(), 0);
+    setHtmlEventInterval(20);
     const int written = pageCount();
     EXPECT_EQ(written, 4);
     EXPECT_FALSE(ctx.state.abortHtml);
