@@ -102,6 +102,9 @@ class HtmlRun
     bool ensureDirectory(const QString &path);
     bool ensurePageDirectory(const QString &machine, const QString &kindWord, const QString &language);
     bool isUsableName(const QString &what, const QString &name);
+    std::vector<QStringList> loadRows(Database &db, const HtmlKind &kind, const QString &machine,
+                                      const QString &language, long itemNumber);
+    PageData pageData(const HtmlKind &kind, const QStringList &row);
     // False when the whole run must stop.
     bool writeKind(Database &db, const HtmlKind &kind, const QString &machine, const QString &language,
                    long itemNumber);
@@ -186,6 +189,54 @@ bool HtmlRun::createDirectoryTree(Database &db)
     return true;
 }
 
+std::vector<QStringList> HtmlRun::loadRows(Database &db, const HtmlKind &kind, const QString &machine,
+                                           const QString &language, long itemNumber)
+{
+    const RecordQuery q = recordQuery(kind.kind, machine, language, itemNumber);
+    const Recordset rs = db.query(q.sql, q.params);
+    const int columns = kind.multiValueFields ? AlarmColumnCount : PlainColumnCount;
+    std::vector<QStringList> rows;
+    rows.reserve(rs.recordCount());
+    for (const QVariantList &r : rs.rows()) {
+        QStringList row;
+        row.reserve(columns);
+        for (int c = 0; c < columns; ++c)
+            row.append(c < r.size() ? fieldText(r.at(c)) : QString());
+        rows.push_back(std::move(row));
+        if (ctx.processEvents)
+            ctx.processEvents();
+    }
+    return rows;
+}
+
+PageData HtmlRun::pageData(const HtmlKind &kind, const QStringList &row)
+{
+    // Without a language-definition database there is nothing to look up; the
+    // code page does not change the page, which is always UTF-16.
+    const QString &language = row[ColName];
+    auto cp = languages.codePages.find(language);
+    if (cp == languages.codePages.end())
+        cp = languages.codePages.insert(language, ctx.state.langLookupDB.isEmpty() ? QStringLiteral("-1")
+                                                                                   : GetCodePage(ctx, language));
+    ctx.state.currentCodePage = *cp;
+    auto spec = languages.fontSpecs.find(row[ColFont]);
+    if (spec == languages.fontSpecs.end())
+        spec = languages.fontSpecs.insert(row[ColFont], GetFontSpecs(row[ColFont]));
+
+    PageData data;
+    data.fontName = spec->value(0);
+    data.fontSize = fontSize;
+    data.fontWeight = spec->value(2);
+    data.languageNumber = row[ColLanguage];
+    if (kind.multiValueFields) {
+        for (int f = 0; f < 6; ++f)
+            data.multiValues[f] = StringToStringArray(ctx, row[ColSensor + f], QStringLiteral("/"));
+    }
+    const QString html = SingleLineDBToMultiLineHTML(ctx, row[ColText]);
+    data.textLines = breaker.TextSingleLineToArray(ctx, html, data.fontName, data.fontSize, data.fontWeight, lineWidth);
+    return data;
+}
+
 bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machine, const QString &language,
                         long itemNumber)
 {
@@ -199,22 +250,7 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
     }
 
     StatusTickNewText(ctx, form, QStringLiteral("Reading database..."));
-    const RecordQuery q = recordQuery(kind.kind, machine, language, itemNumber);
-    std::vector<QStringList> rows;
-    {
-        const Recordset rs = db.query(q.sql, q.params);
-        const int columns = kind.multiValueFields ? AlarmColumnCount : PlainColumnCount;
-        rows.reserve(rs.recordCount());
-        for (const QVariantList &r : rs.rows()) {
-            QStringList row;
-            row.reserve(columns);
-            for (int c = 0; c < columns; ++c)
-                row.append(c < r.size() ? fieldText(r.at(c)) : QString());
-            rows.push_back(std::move(row));
-            if (ctx.processEvents)
-                ctx.processEvents();
-        }
-    }
+    const std::vector<QStringList> rows = loadRows(db, kind, machine, language, itemNumber);
 
     const QChar sep = pathSeparator();
     const QString tickPrefix = QStringLiteral("Generating Help-HTML  -  ") + kind.word + QStringLiteral(" (");
@@ -248,30 +284,7 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
         if (!noPage && !generatedPage)
             continue; // made by hand: never overwritten
 
-        auto cp = languages.codePages.find(rowLanguage);
-        if (cp == languages.codePages.end())
-            // Without a language-definition database there is nothing to look up; the
-            // code page does not change the page, which is always UTF-16.
-            cp = languages.codePages.insert(
-                rowLanguage, ctx.state.langLookupDB.isEmpty() ? QStringLiteral("-1") : GetCodePage(ctx, rowLanguage));
-        ctx.state.currentCodePage = *cp;
-        auto spec = languages.fontSpecs.find(row[ColFont]);
-        if (spec == languages.fontSpecs.end())
-            spec = languages.fontSpecs.insert(row[ColFont], GetFontSpecs(row[ColFont]));
-
-        PageData data;
-        data.fontName = spec->value(0);
-        data.fontSize = fontSize;
-        data.fontWeight = spec->value(2);
-        data.languageNumber = row[ColLanguage];
-        if (kind.multiValueFields) {
-            for (int f = 0; f < 6; ++f)
-                data.multiValues[f] = StringToStringArray(ctx, row[ColSensor + f], QStringLiteral("/"));
-        }
-        const QString html = SingleLineDBToMultiLineHTML(ctx, row[ColText]);
-        data.textLines =
-            breaker.TextSingleLineToArray(ctx, html, data.fontName, data.fontSize, data.fontWeight, lineWidth);
-
+        const PageData data = pageData(kind, row);
         bool indexTextLost = false;
         const QStringList page = fillPageTemplate(ctx, kind, templateLines, data, indexTexts, indexTextLost);
         if (indexTextLost) {
