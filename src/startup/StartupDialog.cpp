@@ -160,7 +160,10 @@ void StartupDialog::checkLanguageLookup()
 void StartupDialog::checkHelpTextDatabase()
 {
     AppState &s = ctx.state;
-    s.helpTextDB = CheckConnection(ctx, s.standardHelpTextDB);
+    // A batch page generation only reads: a Jet database is then used as it is
+    // instead of being converted for writing.
+    const bool batch = FindCommandLineParameter(ctx, QStringLiteral("html"));
+    s.helpTextDB = CheckConnection(ctx, s.standardHelpTextDB, batch ? ConnectFor::Reading : ConnectFor::Editing);
     if (s.helpTextDB.isEmpty()) {
         LogError(ctx, QStringLiteral("Helptext database ") + quoted(s.standardHelpTextDB) +
                           QStringLiteral(" not found or incorrect."));
