@@ -202,24 +202,26 @@ double seconds(Clock::time_point from)
 
 // User plus system time of this process so far: the part of a run that does not
 // wait for the shared disk.
-double cpuSeconds()
+double cpuSeconds(bool userOnly = false)
 {
     rusage u{};
     getrusage(RUSAGE_SELF, &u);
-    return double(u.ru_utime.tv_sec + u.ru_stime.tv_sec) + double(u.ru_utime.tv_usec + u.ru_stime.tv_usec) / 1e6;
+    const double user = double(u.ru_utime.tv_sec) + double(u.ru_utime.tv_usec) / 1e6;
+    return userOnly ? user : user + double(u.ru_stime.tv_sec) + double(u.ru_stime.tv_usec) / 1e6;
 }
 
 struct Timing {
-    double wall = 1e9, cpu = 1e9;
+    double wall = 1e9, cpu = 1e9, user = 1e9;
 };
 
 template <typename F> void measure(Timing &t, F &&run)
 {
     const auto start = Clock::now();
-    const double cpu = cpuSeconds();
+    const double cpu = cpuSeconds(), user = cpuSeconds(true);
     run();
     t.wall = std::min(t.wall, seconds(start));
     t.cpu = std::min(t.cpu, cpuSeconds() - cpu);
+    t.user = std::min(t.user, cpuSeconds(true) - user);
 }
 
 void runWriter(Context &ctx)
@@ -292,8 +294,8 @@ int main(int argc, char **argv)
     std::printf("%zu pages, %.1f MB\n", pages.size(), double(bytes) / 1e6);
     auto report = [](const char *what, const Timing &w, const Timing &p, double limit) {
         std::printf("%s writer %.2f s, plain %.2f s, ratio %.2f (limit %.1f); cpu: writer %.2f s, plain %.2f s, "
-                    "ratio %.2f\n",
-                    what, w.wall, p.wall, w.wall / p.wall, limit, w.cpu, p.cpu, w.cpu / p.cpu);
+                    "ratio %.2f; user: writer %.2f s, plain %.2f s\n",
+                    what, w.wall, p.wall, w.wall / p.wall, limit, w.cpu, p.cpu, w.cpu / p.cpu, w.user, p.user);
     };
     report("fresh:   ", writerFresh, plainFresh, 1.5);
     report("existing:", writerExisting, plainExisting, 2.0);

@@ -24,6 +24,8 @@ QString fillLine(Context &ctx, const HtmlKind &kind, QString line, const PageDat
         return line;
     for (int f = 0; f < 6; ++f) {
         // Values from slot 1 on; four slots in a template, the unused ones emptied.
+        if (!line.contains(kSlotNames[f]))
+            continue; // nothing of this field in the line
         const QStringList &values = data.multiValues[f];
         const int count = int(values.size()) - 1;
         for (int i = 1; i <= count; ++i)

@@ -5,6 +5,7 @@
 
 #include <QFontMetrics>
 #include <cmath>
+#include <vector>
 
 namespace ht
 {
@@ -24,32 +25,48 @@ struct WidthEstimate {
 
 // The metrics of one font and the advances and pair kerning met so far.
 struct TextWidthBreaker::FontMeasure {
-    explicit FontMeasure(const QFont &font) : metrics(font), metricsF(font) {}
+    explicit FontMeasure(const QFont &font)
+        : metrics(font), metricsF(font), advances(kEstimableEnd, qQNaN()), latinPairs(kLatinEnd * kLatinEnd, qQNaN())
+    {
+    }
+    // Estimable characters lie below kEstimableEnd; pairs of the Latin letters
+    // below kLatinEnd have a table, the rarer ones a hash.
+    static constexpr char16_t kEstimableEnd = 0x590, kLatinEnd = 0x180;
     QFontMetrics metrics;
     QFontMetricsF metricsF;
-    QHash<char16_t, double> advances;
-    QHash<quint32, double> pairs;
+    std::vector<double> advances;
+    std::vector<float> latinPairs;
+    QHash<quint32, double> otherPairs;
 
     static bool estimable(char16_t c)
     {
         // Other scripts, controls (tabs), combining marks and surrogates are always shaped.
-        return !(c < 0x20 || (c >= 0x7F && c < 0xA0) || (c >= 0x300 && c < 0x370) || c >= 0x590);
+        return !(c < 0x20 || (c >= 0x7F && c < 0xA0) || (c >= 0x300 && c < 0x370) || c >= kEstimableEnd);
     }
     double advance(char16_t c)
     {
-        auto it = advances.constFind(c);
-        if (it == advances.constEnd())
-            it = advances.insert(c, metricsF.horizontalAdvance(QChar(c)));
-        return *it;
+        double &a = advances[c];
+        if (qIsNaN(a))
+            a = metricsF.horizontalAdvance(QChar(c));
+        return a;
+    }
+    double measurePair(char16_t a, char16_t b)
+    {
+        const QChar both[2] = {QChar(a), QChar(b)};
+        return metricsF.horizontalAdvance(QString(both, 2)) - advance(a) - advance(b);
     }
     double pair(char16_t a, char16_t b)
     {
-        const quint32 key = (quint32(a) << 16) | b;
-        auto it = pairs.constFind(key);
-        if (it == pairs.constEnd()) {
-            const QChar both[2] = {QChar(a), QChar(b)};
-            it = pairs.insert(key, metricsF.horizontalAdvance(QString(both, 2)) - advance(a) - advance(b));
+        if (a < kLatinEnd && b < kLatinEnd) {
+            float &k = latinPairs[a * kLatinEnd + b];
+            if (qIsNaN(k))
+                k = float(measurePair(a, b));
+            return k;
         }
+        const quint32 key = (quint32(a) << 16) | b;
+        auto it = otherPairs.constFind(key);
+        if (it == otherPairs.constEnd())
+            it = otherPairs.insert(key, measurePair(a, b));
         return *it;
     }
     WidthEstimate estimate(const QString &text)
@@ -93,21 +110,6 @@ struct TextWidthBreaker::FontMeasure {
     }
 };
 
-namespace
-{
-
-QString trimBlanks(const QString &s)
-{
-    qsizetype b = 0, e = s.size();
-    while (b < e && s.at(b) == u' ')
-        ++b;
-    while (e > b && s.at(e - 1) == u' ')
-        --e;
-    return s.mid(b, e - b);
-}
-
-} // namespace
-
 TextWidthBreaker::TextWidthBreaker()
 {
     m_font.setPixelSize(pixelSizeForPoints(10));
@@ -149,17 +151,20 @@ int TextWidthBreaker::textWidthTwips(const QString &text) const
 
 QStringList splitWordsAtBlanks(const QString &text)
 {
-    QStringList words{QString()};
-    QString rest = text;
+    // A word runs up to the next blank; the blanks after it are skipped. Leading
+    // blanks therefore give one empty first word, trailing blanks nothing.
+    QStringList words;
+    const qsizetype n = text.size();
+    qsizetype pos = 0;
     do {
-        const qsizetype blank = rest.indexOf(QLatin1Char(' '));
-        const QString word = blank < 0 ? rest : rest.left(blank);
-        words.last() = word;
-        words.append(QString());
-        rest = trimBlanks(rest.mid(word.size()));
-    } while (!rest.isEmpty());
-    if (words.size() > 1)
-        words.removeLast();
+        qsizetype end = text.indexOf(QLatin1Char(' '), pos);
+        if (end < 0)
+            end = n;
+        words.append(text.mid(pos, end - pos));
+        pos = end;
+        while (pos < n && text.at(pos) == u' ')
+            ++pos;
+    } while (pos < n);
     return words;
 }
 

@@ -102,6 +102,7 @@ INSTANTIATE_TEST_SUITE_P(Cases, Breaking,
                                                      5,
                                                      {u"a"_qs, u" Donaudampfschifffahrt"_qs, u" b"_qs}},
                                            BreakCase{"OuterBlanks", u"x   y   "_qs, 1000, {u"x y"_qs}},
+                                           BreakCase{"LeadingBlanks", u"  a  b"_qs, 1000, {u" a b"_qs}},
                                            BreakCase{"TagsStayInWords", u"a<br>b c"_qs, 1000, {u"a<br>b c"_qs}}),
                          [](const auto &info) { return std::string(info.param.name); });
 
