@@ -296,7 +296,8 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
         // Rows of a machine or language that the tree does not know yet get their folders now.
         if (!ensurePageDirectory(rowMachine, kind.word, rowLanguage))
             return false;
-        if (!isPathInside(mainDir, pagePath) || !writeHtmlPageFile(pagePath, page))
+        // The folder was checked to lie inside the help directory, the file name is a safe name.
+        if (!writeHtmlPageFile(pagePath, page))
             throw std::runtime_error(("Cannot write " + pagePath).toStdString());
     }
     return true;
