@@ -5,6 +5,7 @@
 #include "common/Messages.h"
 
 #include <QFile>
+#include <QSysInfo>
 #include <QtEndian>
 #include <cstdio>
 
@@ -135,23 +136,22 @@ QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool
 
 bool writeHtmlPageFile(const QString &path, const QStringList &lines)
 {
-    // Built in memory and written in one call: pages are small and many.
-    QString text;
-    qsizetype units = 1;
-    for (const QString &l : lines)
-        units += l.size() + 2;
-    text.reserve(units);
-    text.append(QChar(0xFEFF));
-    for (const QString &l : lines) {
-        text.append(l);
-        text.append(QLatin1String("\r\n"));
-    }
-    QByteArray bytes(text.size() * 2, Qt::Uninitialized);
-    qToLittleEndian<char16_t>(text.utf16(), text.size(), bytes.data());
     std::FILE *f = openFile(path, true);
     if (!f)
         return false;
-    const bool written = std::fwrite(bytes.constData(), 1, size_t(bytes.size()), f) == size_t(bytes.size());
+    // Streamed line by line through the stream's buffer, converted only where
+    // the machine's byte order is not already little-endian.
+    static const char16_t mark = 0xFEFF, lineEnd[2] = {u'\r', u'\n'};
+    auto put = [f](const char16_t *units, qsizetype count) {
+        if (QSysInfo::ByteOrder == QSysInfo::LittleEndian)
+            return std::fwrite(units, 2, size_t(count), f) == size_t(count);
+        QByteArray bytes(count * 2, Qt::Uninitialized);
+        qToLittleEndian<char16_t>(units, count, bytes.data());
+        return std::fwrite(bytes.constData(), 1, size_t(bytes.size()), f) == size_t(bytes.size());
+    };
+    bool written = put(&mark, 1);
+    for (const QString &l : lines)
+        written = written && put(reinterpret_cast<const char16_t *>(l.constData()), l.size()) && put(lineEnd, 2);
     return std::fclose(f) == 0 && written;
 }
 
