@@ -1,17 +1,16 @@
 // Opening by path: the format comes from the header; bad, missing and write-protected
 // files give DbError, never a crash or a quietly read-only connection.
-#include "database/Database.h"
-#include "support/TestSupport.h"
+#include "database/HelpTextFixture.h"
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 #include <functional>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace ht;
+using namespace ht::test;
 
 namespace
 {
@@ -24,19 +23,18 @@ int runUnprivileged(const std::function<int()> &body)
         return body();
     const pid_t pid = fork();
     if (pid == 0) {
-        if (setgid(65534) != 0 || setuid(65534) != 0)
-            _exit(77);
-        int rc = 99;
-        try {
-            rc = body();
-        } catch (...) {
+        int rc = 77;
+        if (setgid(65534) == 0 && setuid(65534) == 0) {
+            try {
+                rc = body();
+            } catch (...) {
+                rc = 99;
+            }
         }
         _exit(rc);
     }
     int status = 0;
-    if (pid < 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status))
-        return -1;
-    return WEXITSTATUS(status);
+    return pid > 0 && waitpid(pid, &status, 0) == pid && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 // 0: opened for writing and wrote; 1: open threw DbError; 2: the write threw DbError.
@@ -56,30 +54,24 @@ int tryToWrite(const QString &path)
     return 0;
 }
 
-int tryToRead(const QString &path)
+// The number of rows of T, or -1 for a DbError.
+int rowsOrRefused(const QString &path, Database::Mode mode = Database::Mode::ReadOnly)
 {
     try {
-        return Database::open(path, Database::Mode::ReadOnly)->query(QStringLiteral("SELECT * FROM T")).recordCount();
+        return Database::open(path, mode)->query(QStringLiteral("SELECT sum(V), count(*) FROM T")).value(1).toInt();
     } catch (const DbError &) {
-        return 50;
+        return -1;
     }
 }
 
 struct DatabaseFiles : ::testing::Test {
     QTemporaryDir dir;
-    QString sqlitePath;
+    QString good = dir.filePath(QStringLiteral("good.db"));
     void SetUp() override
     {
-        sqlitePath = dir.filePath(QStringLiteral("good.db"));
-        auto db = Database::create(sqlitePath);
+        auto db = Database::create(good);
         db->exec(QStringLiteral("CREATE TABLE T (V INTEGER)"));
         db->exec(QStringLiteral("INSERT INTO T VALUES (1)"));
-    }
-    QString write(const QString &name, const QByteArray &bytes)
-    {
-        const QString path = dir.filePath(name);
-        test::writeFileBytes(path, bytes);
-        return path;
     }
 };
 
@@ -87,121 +79,82 @@ struct DatabaseFiles : ::testing::Test {
 
 TEST_F(DatabaseFiles, FormatComesFromTheHeaderNotTheName)
 {
-    const QString jet = test::sharedTestData() + QStringLiteral("/jet/test2V2000.mdb");
-    const QByteArray sqlite = test::readFileBytes(sqlitePath);
-    QByteArray jetHeaderLate = test::readFileBytes(jet);
-    jetHeaderLate.prepend('x'); // the engine name one byte too far on
-    const struct {
-        QString path;
-        DbFormat expected;
-    } cases[] = {
-        {sqlitePath, DbFormat::SQLite},
-        {write(QStringLiteral("sqlite.mdb"), sqlite), DbFormat::SQLite},
-        {jet, DbFormat::Jet},
-        {write(QStringLiteral("jet.db"), test::readFileBytes(jet)), DbFormat::Jet},
-        {write(QStringLiteral("late.mdb"), jetHeaderLate), DbFormat::Unknown},
-        {write(QStringLiteral("empty.mdb"), {}), DbFormat::Unknown},
-        {write(QStringLiteral("text.db"), "SQLite format 2\n"), DbFormat::Unknown},
-        {write(QStringLiteral("short.db"), sqlite.left(10)), DbFormat::Unknown},
+    const QByteArray sqlite = readFileBytes(good), jet = readFileBytes(sharedJet(QStringLiteral("test2V2000")));
+    const std::pair<QString, DbFormat> cases[] = {
+        {good, DbFormat::SQLite},
+        {writeIn(dir, QStringLiteral("sqlite.mdb"), sqlite), DbFormat::SQLite},
+        {writeIn(dir, QStringLiteral("jet.db"), jet), DbFormat::Jet},
+        {writeIn(dir, QStringLiteral("late.mdb"), 'x' + jet), DbFormat::Unknown}, // engine name one byte on
+        {writeIn(dir, QStringLiteral("empty.mdb"), {}), DbFormat::Unknown},
+        {writeIn(dir, QStringLiteral("text.db"), "SQLite format 2\n"), DbFormat::Unknown},
+        {writeIn(dir, QStringLiteral("short.db"), sqlite.left(10)), DbFormat::Unknown},
         {dir.filePath(QStringLiteral("missing.db")), DbFormat::Missing},
         {dir.path(), DbFormat::Missing},
     };
-    for (const auto &c : cases)
-        EXPECT_EQ(detectDatabaseFormat(c.path), c.expected) << c.path.toStdString();
+    for (const auto &[path, expected] : cases)
+        EXPECT_EQ(detectDatabaseFormat(path), expected) << path.toStdString();
 }
 
-TEST_F(DatabaseFiles, BadFilesAreRefusedWithDbError)
+TEST_F(DatabaseFiles, BadOrDamagedFilesFailCleanly)
 {
-    const QByteArray good = test::readFileBytes(sqlitePath);
-    const QString paths[] = {
+    const QString refused[] = {
         dir.filePath(QStringLiteral("missing.db")),
-        write(QStringLiteral("zero.db"), {}),
-        write(QStringLiteral("text.db"), QByteArray("just some text, not a database\n").repeated(200)),
-        write(QStringLiteral("header.db"), good.left(100)),
+        writeIn(dir, QStringLiteral("zero.db"), {}),
+        writeIn(dir, QStringLiteral("text.db"), QByteArray("just some text, not a database\n").repeated(200)),
+        writeIn(dir, QStringLiteral("header.db"), readFileBytes(good).left(100)),
     };
-    for (const QString &path : paths) {
-        for (auto mode : {Database::Mode::ReadOnly, Database::Mode::ReadWrite})
-            EXPECT_THROW(Database::open(path, mode), DbError) << path.toStdString();
+    for (const QString &path : refused) {
+        EXPECT_EQ(rowsOrRefused(path), -1) << path.toStdString();
+        EXPECT_EQ(rowsOrRefused(path, Database::Mode::ReadWrite), -1) << path.toStdString();
     }
-    EXPECT_FALSE(QFile::exists(paths[0])); // opening never creates a file
-}
+    EXPECT_FALSE(QFile::exists(refused[0])); // opening never creates a file
 
-TEST_F(DatabaseFiles, TruncatedOrScribbledSqliteFilesFailCleanly)
-{
-    // Grow the file to several pages so that truncation can hit table pages.
+    // Several pages, so that truncation and scribbling hit table pages.
     {
-        auto db = Database::open(sqlitePath);
+        auto db = Database::open(good);
         Database::Transaction tx(*db);
         for (int i = 0; i < 2000; ++i)
             db->exec(QStringLiteral("INSERT INTO T VALUES (?)"), {i});
         tx.commit();
     }
-    const QByteArray good = test::readFileBytes(sqlitePath);
-    ASSERT_GT(good.size(), 8192);
-    int refused = 0;
-    for (qsizetype cut : {qsizetype(512), qsizetype(4096), qsizetype(6000), good.size() - 4096, good.size() - 1}) {
-        const QString path = write(QStringLiteral("cut%1.db").arg(cut), good.left(cut));
-        try {
-            auto db = Database::open(path, Database::Mode::ReadOnly);
-            db->query(QStringLiteral("SELECT count(*), sum(V) FROM T"));
-        } catch (const DbError &) {
-            ++refused;
-        }
-    }
-    QByteArray scribbled = good;
+    const QByteArray bytes = readFileBytes(good);
+    ASSERT_GT(bytes.size(), 8192);
+    QByteArray scribbled = bytes;
     for (qsizetype i = 4096; i < scribbled.size(); i += 97)
         scribbled[i] = char(0xA5);
-    const QString path = write(QStringLiteral("scribbled.db"), scribbled);
-    try {
-        auto db = Database::open(path, Database::Mode::ReadOnly);
-        db->query(QStringLiteral("SELECT count(*), sum(V) FROM T"));
-    } catch (const DbError &) {
-        ++refused;
-    }
-    EXPECT_GE(refused, 3); // the cuts inside the data pages cannot all go unnoticed
+    int failed = rowsOrRefused(writeIn(dir, QStringLiteral("scribbled.db"), scribbled)) == -1 ? 1 : 0;
+    for (qsizetype cut : {qsizetype(512), qsizetype(4096), qsizetype(6000), bytes.size() - 4096, bytes.size() - 1})
+        failed += rowsOrRefused(writeIn(dir, QStringLiteral("cut%1.db").arg(cut), bytes.left(cut))) == -1 ? 1 : 0;
+    EXPECT_GE(failed, 3); // the cuts inside the data pages cannot all go unnoticed
 }
 
-TEST_F(DatabaseFiles, CreateRefusesExistingFilesAndWritesAHeader)
+TEST_F(DatabaseFiles, CreateNeverOverwritesAndReadOnlyNeverWrites)
 {
-    EXPECT_THROW(Database::create(sqlitePath), DbError);
+    EXPECT_THROW(Database::create(good), DbError);
     EXPECT_THROW(Database::create(dir.filePath(QStringLiteral("no/such/folder/x.db"))), DbError);
-    const QString fresh = dir.filePath(QStringLiteral("fresh.db"));
-    Database::create(fresh).reset();
-    EXPECT_EQ(detectDatabaseFormat(fresh), DbFormat::SQLite);
-    EXPECT_TRUE(Database::open(fresh)->tables().isEmpty());
-}
-
-TEST_F(DatabaseFiles, ReadOnlyModeRefusesWrites)
-{
-    auto db = Database::open(sqlitePath, Database::Mode::ReadOnly);
+    auto db = Database::open(good, Database::Mode::ReadOnly);
     EXPECT_THROW(db->exec(QStringLiteral("INSERT INTO T VALUES (2)")), DbError);
     EXPECT_THROW(db->addColumn(QStringLiteral("T"), QStringLiteral("W"), QStringLiteral("TEXT")), DbError);
-    EXPECT_EQ(db->query(QStringLiteral("SELECT * FROM T")).recordCount(), 1);
+    EXPECT_EQ(rowsOrRefused(good), 1);
 }
 
 TEST_F(DatabaseFiles, WriteProtectedFileOrFolderFailsAtOpen)
 {
-    // An ordinary user must be able to reach the files at all.
-    QFile::setPermissions(dir.path(), QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner |
-                                          QFileDevice::ReadOther | QFileDevice::ExeOther | QFileDevice::WriteOther);
-    const auto readOnly = QFileDevice::ReadOwner | QFileDevice::ReadOther;
-    const auto readWrite = readOnly | QFileDevice::WriteOwner | QFileDevice::WriteOther;
+    using P = QFileDevice;
+    const auto readOnly = P::ReadOwner | P::ReadOther, readWrite = readOnly | P::WriteOwner | P::WriteOther;
+    QFile::setPermissions(dir.path(), readWrite | P::ExeOwner | P::ExeOther); // an ordinary user reaches the files
+    ASSERT_TRUE(QFile::setPermissions(good, readWrite));
+    ASSERT_EQ(runUnprivileged([&] { return tryToWrite(good); }), 0) << "the writable case must work";
+    ASSERT_TRUE(QDir(dir.path()).mkdir(QStringLiteral("locked")));
+    const QString inLocked = dir.filePath(QStringLiteral("locked/db.sqlite"));
+    ASSERT_TRUE(QFile::copy(good, inLocked));
+    ASSERT_TRUE(QFile::setPermissions(inLocked, readWrite));
 
-    ASSERT_TRUE(QFile::setPermissions(sqlitePath, readWrite));
-    ASSERT_EQ(runUnprivileged([&] { return tryToWrite(sqlitePath); }), 0) << "the writable case must work";
-
-    ASSERT_TRUE(QFile::setPermissions(sqlitePath, readOnly));
-    EXPECT_EQ(runUnprivileged([&] { return tryToWrite(sqlitePath); }), 1) << "write-protected file";
-    EXPECT_EQ(runUnprivileged([&] { return tryToRead(sqlitePath); }), 2) << "still readable";
-
-    // A writable file in a write-protected folder: SQLite could not create its journal.
-    QDir(dir.path()).mkdir(QStringLiteral("locked"));
-    const QString locked = dir.filePath(QStringLiteral("locked/db.sqlite"));
-    ASSERT_TRUE(QFile::copy(sqlitePath, locked));
-    ASSERT_TRUE(QFile::setPermissions(locked, readWrite));
-    ASSERT_TRUE(QFile::setPermissions(dir.filePath(QStringLiteral("locked")),
-                                      QFileDevice::ReadOwner | QFileDevice::ExeOwner | QFileDevice::WriteOwner |
-                                          QFileDevice::ReadOther | QFileDevice::ExeOther));
-    EXPECT_EQ(runUnprivileged([&] { return tryToWrite(locked); }), 1) << "write-protected folder";
-    EXPECT_EQ(runUnprivileged([&] { return tryToRead(locked); }), 2);
+    ASSERT_TRUE(QFile::setPermissions(good, readOnly));
+    // SQLite could not create its journal in a write-protected folder.
+    ASSERT_TRUE(QFile::setPermissions(dir.filePath(QStringLiteral("locked")), readOnly | P::ExeOwner | P::ExeOther));
+    for (const QString &path : {good, inLocked}) {
+        EXPECT_EQ(runUnprivileged([&] { return tryToWrite(path); }), 1) << path.toStdString();
+        EXPECT_EQ(runUnprivileged([&] { return rowsOrRefused(path); }), 2) << "still readable";
+    }
 }

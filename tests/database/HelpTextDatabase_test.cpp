@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <functional>
 #include <gtest/gtest.h>
 
 using namespace ht;
@@ -15,17 +16,10 @@ using namespace ht::test;
 namespace
 {
 
-const QString kFailedTitle = QStringLiteral("Connection failed!");
-
 QString failureText(const QString &path)
 {
     return QStringLiteral("Error connecting Database \"") + path +
            QStringLiteral("\"! Database either has wrong structure or is writeprotected.");
-}
-
-QStringList filesIn(const QString &dir)
-{
-    return QDir(dir).entryList(QDir::Files | QDir::Hidden, QDir::Name);
 }
 
 QString savedHelpTextDb(const DbTestContext &t)
@@ -33,8 +27,12 @@ QString savedHelpTextDb(const DbTestContext &t)
     return profile::readString(t.ini(), QStringLiteral("Setup"), QStringLiteral("StandardHelpTextDB"), QString());
 }
 
+// Names with quotes, percent signs, slashes and non-ASCII letters.
+const QString kOddFolder = QStringLiteral("Mäschine \"A\" 100% ' machine");
+
 } // namespace
 
+// With and without material change; the first runs on the machine PC, where the path is not saved.
 class CheckConnectionTemplates : public ::testing::TestWithParam<bool>
 {
 };
@@ -43,29 +41,19 @@ TEST_P(CheckConnectionTemplates, AcceptsAFreshDatabaseAndReadsItsShape)
 {
     DbTestContext t;
     const bool materialChange = GetParam();
-    const QString db = t.path(QStringLiteral("Help.mdb"));
+    ASSERT_TRUE(QDir(t.dir.path()).mkpath(kOddFolder));
+    const QString db = t.path(kOddFolder + QStringLiteral("/Help text.v2.mdb"));
     makeHelpTextDb(db, materialChange);
     t.ctx.state.materialChangePresent = !materialChange;
+    t.ctx.state.runningOnMachinePC = materialChange;
 
     EXPECT_EQ(CheckConnection(t.ctx, db), db);
     EXPECT_EQ(t.ctx.state.helpTextDB, db);
     EXPECT_EQ(t.ctx.state.materialChangePresent, materialChange);
-    EXPECT_EQ(t.ctx.state.maxItems[KindAlarms], 256);
-    EXPECT_EQ(t.ctx.state.maxItems[KindWarnings], 256);
-    EXPECT_EQ(t.ctx.state.maxItems[KindMaterialChange], 1000);
-    EXPECT_EQ(savedHelpTextDb(t), db);
+    EXPECT_EQ(t.ctx.state.maxItems, (std::array<long, 4>{0, 256, 256, 1000}));
+    EXPECT_EQ(savedHelpTextDb(t), materialChange ? QString() : db);
     EXPECT_TRUE(t.ui.shown.empty());
     EXPECT_TRUE(t.ctx.state.lastBackupPath.isEmpty()) << "nothing to rebuild, so no backup";
-}
-
-TEST_P(CheckConnectionTemplates, OnTheMachinePcThePathIsNotSaved)
-{
-    DbTestContext t;
-    const QString db = t.path(QStringLiteral("Help.mdb"));
-    makeHelpTextDb(db, GetParam());
-    t.ctx.state.runningOnMachinePC = true;
-    EXPECT_EQ(CheckConnection(t.ctx, db), db);
-    EXPECT_FALSE(QFile::exists(t.ini()));
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutMaterialChange, CheckConnectionTemplates, ::testing::Bool());
@@ -76,11 +64,6 @@ struct BadInput {
     std::function<void(const QString &path)> spoil;
 };
 
-void PrintTo(const BadInput &c, std::ostream *os)
-{
-    *os << c.name;
-}
-
 class CheckConnectionBadInput : public ::testing::TestWithParam<BadInput>
 {
 };
@@ -88,8 +71,7 @@ class CheckConnectionBadInput : public ::testing::TestWithParam<BadInput>
 TEST_P(CheckConnectionBadInput, FailsWithItsMessageAndChangesNothing)
 {
     DbTestContext t;
-    const QString db = t.path(QStringLiteral("Bad.mdb"));
-    makeHelpTextDb(db);
+    const QString db = t.newHelpDb();
     GetParam().spoil(db);
     const QByteArray before = readFileBytes(db);
     const QStringList filesBefore = filesIn(t.dir.path());
@@ -100,10 +82,15 @@ TEST_P(CheckConnectionBadInput, FailsWithItsMessageAndChangesNothing)
     EXPECT_EQ(t.ctx.state.helpTextDB, QStringLiteral("previous.mdb"));
     ASSERT_EQ(t.ui.shown.size(), 1u);
     EXPECT_EQ(t.ui.shown[0].text, failureText(db));
-    EXPECT_EQ(t.ui.shown[0].title, kFailedTitle);
+    EXPECT_EQ(t.ui.shown[0].title, QStringLiteral("Connection failed!"));
     EXPECT_EQ(t.ui.shown[0].icon, Icon::Critical);
     EXPECT_EQ(readFileBytes(db), before);
     EXPECT_EQ(filesIn(t.dir.path()), filesBefore);
+}
+
+void dropTable(const QString &p, const char *table)
+{
+    openRW(p)->exec(QStringLiteral("DROP TABLE ") + QLatin1String(table));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -113,66 +100,50 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"Missing", [](const QString &p) { QFile::remove(p); }},
         BadInput{"ZeroBytes", [](const QString &p) { writeFileBytes(p, QByteArray()); }},
         BadInput{"Truncated", [](const QString &p) { writeFileBytes(p, readFileBytes(p).left(8192)); }},
-        BadInput{"MissingTable", [](const QString &p) { openRW(p)->exec(QStringLiteral("DROP TABLE Discription")); }},
+        BadInput{"MissingTable", [](const QString &p) { dropTable(p, "Discription"); }},
         BadInput{
             "MissingColumn",
             [](const QString &p) { openRW(p)->dropColumn(QStringLiteral("Language"), QStringLiteral("KBLayout")); }},
-        BadInput{"MaterialChangeWithoutTexts",
-                 [](const QString &p) { openRW(p)->exec(QStringLiteral("DROP TABLE MaterialChangeText")); }},
+        BadInput{"MaterialChangeWithoutTexts", [](const QString &p) { dropTable(p, "MaterialChangeText"); }},
         BadInput{"NumericMachineTypeButNoDiscription",
                  [](const QString &p) {
-                     auto db = openRW(p);
-                     db->changeColumnType(QStringLiteral("AlarmDefinition"), QStringLiteral("MachineType"),
-                                          QStringLiteral("INTEGER"));
-                     db->exec(QStringLiteral("DROP TABLE Discription"));
+                     openRW(p)->changeColumnType(QStringLiteral("AlarmDefinition"), QStringLiteral("MachineType"),
+                                                 QStringLiteral("INTEGER"));
+                     dropTable(p, "Discription");
                  }},
         // SQLite refuses to write a file whose header asks for a newer writer: a
         // write-protected database even for root.
-        BadInput{"WriteProtected",
-                 [](const QString &p) {
-                     QByteArray bytes = readFileBytes(p);
-                     bytes[18] = 3;
-                     writeFileBytes(p, bytes);
-                 }}),
+        BadInput{"WriteProtected", [](const QString &p) { writeFileBytes(p, readFileBytes(p).replace(18, 1, "\3")); }}),
     [](const ::testing::TestParamInfo<BadInput> &info) { return std::string(info.param.name); });
 
 TEST(CheckConnection, NumericMachineTypesBecomeTextKeepingTheirValues)
 {
     DbTestContext t;
-    const QString db = t.path(QStringLiteral("Old.mdb"));
-    makeHelpTextDb(db);
+    const QString db = t.newHelpDb();
     {
         auto d = openRW(db);
         d->exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = '5' WHERE AlarmID <= 256"));
         d->exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = '17' WHERE AlarmID BETWEEN 513 AND 768"));
         d->exec(QStringLiteral("UPDATE WarningDefinition SET MachineType = '5' WHERE WarningID <= 256"));
         for (const char *table : {"AlarmDefinition", "WarningDefinition", "MaterialChangeDefinition"})
-            d->changeColumnType(QString::fromLatin1(table), QStringLiteral("MachineType"), QStringLiteral("INTEGER"));
+            d->changeColumnType(QLatin1String(table), QStringLiteral("MachineType"), QStringLiteral("INTEGER"));
     }
-    const QStringList before =
-        dump(db, QStringLiteral("SELECT AlarmID, MachineType, AlarmNo FROM AlarmDefinition ORDER BY AlarmID"));
-    ASSERT_EQ(dump(db, QStringLiteral("SELECT DISTINCT typeof(MachineType) FROM AlarmDefinition")),
-              QStringList{QStringLiteral("integer")});
+    const QString all = QStringLiteral("SELECT AlarmID, MachineType, AlarmNo FROM AlarmDefinition ORDER BY AlarmID");
+    const QStringList before = dump(db, all);
+    const QString types = QStringLiteral("SELECT DISTINCT typeof(MachineType) FROM %1");
+    ASSERT_EQ(dump(db, types.arg(QStringLiteral("AlarmDefinition"))), QStringList{QStringLiteral("integer")});
 
     ASSERT_EQ(CheckConnection(t.ctx, db), db);
 
-    for (const char *table : {"AlarmDefinition", "WarningDefinition", "MaterialChangeDefinition"}) {
-        EXPECT_EQ(dump(db, QStringLiteral("SELECT DISTINCT typeof(MachineType) FROM ") + QString::fromLatin1(table)),
-                  QStringList{QStringLiteral("text")})
-            << table;
-    }
-    EXPECT_EQ(dump(db, QStringLiteral("SELECT AlarmID, MachineType, AlarmNo FROM AlarmDefinition ORDER BY AlarmID")),
-              before);
-    QStringList machines;
-    EXPECT_EQ(GetMachineList(t.ctx, machines), 2);
-    EXPECT_EQ(machines, (QStringList{QStringLiteral("17"), QStringLiteral("5")}));
+    for (const char *table : {"AlarmDefinition", "WarningDefinition", "MaterialChangeDefinition"})
+        EXPECT_EQ(dump(db, types.arg(QLatin1String(table))), QStringList{QStringLiteral("text")}) << table;
+    EXPECT_EQ(dump(db, all), before);
 }
 
 TEST(CheckConnection, AnInterruptedConversionIsFinished)
 {
     DbTestContext t;
-    const QString db = t.path(QStringLiteral("Half.mdb"));
-    makeHelpTextDb(db);
+    const QString db = t.newHelpDb();
     {
         // What a conversion leaves when it stops after creating the new column.
         auto d = openRW(db);
@@ -183,30 +154,41 @@ TEST(CheckConnection, AnInterruptedConversionIsFinished)
         d->exec(QStringLiteral("UPDATE WarningDefinition SET MachineType_Old = 'M7' WHERE WarningID > 1000"));
     }
     ASSERT_EQ(CheckConnection(t.ctx, db), db);
-    auto d = Database::open(db, Database::Mode::ReadOnly);
-    EXPECT_FALSE(d->hasColumn(QStringLiteral("WarningDefinition"), QStringLiteral("MachineType_Old")));
+    EXPECT_FALSE(openRW(db)->hasColumn(QStringLiteral("WarningDefinition"), QStringLiteral("MachineType_Old")));
     EXPECT_EQ(dump(db, QStringLiteral("SELECT MachineType, COUNT(*) FROM WarningDefinition GROUP BY 1 ORDER BY 1")),
               (QStringList{QStringLiteral("0|1000"), QStringLiteral("M7|280")}));
 }
 
+TEST(CheckConnection, BringsFontsAndTooShortTablesUpToDate)
+{
+    DbTestContext t;
+    const QString db = t.newHelpDb();
+    addLanguage(db, 1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 8"));
+    openRW(db)->exec(QStringLiteral("UPDATE DBSys SET Data = '300' WHERE Item = 'MaxLenAlarm'"));
+    t.ctx.state.langLookupDB = t.path(QStringLiteral("Languages.mdb"));
+    makeLookupDb(t.ctx.state.langLookupDB,
+                 {{1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 10 400"), QStringLiteral("00000407"), 1252}});
+
+    ASSERT_EQ(CheckConnection(t.ctx, db), db);
+
+    EXPECT_EQ(t.ctx.state.maxItems[KindAlarms], 300);
+    EXPECT_EQ(dump(db, QStringLiteral("SELECT COUNT(*), MAX(AlarmID) FROM AlarmDefinition")),
+              QStringList{QStringLiteral("1500|1500")});
+    EXPECT_EQ(dump(db, QStringLiteral("SELECT Font, KBLayout FROM Language")),
+              QStringList{QStringLiteral("Arial 10 400|00000407")});
+    // The backup holds the database as it was before the rebuild.
+    EXPECT_EQ(t.ctx.state.lastBackupPath, t.path(QStringLiteral("Help_BACKUP.sav")));
+    EXPECT_EQ(dump(t.ctx.state.lastBackupPath, QStringLiteral("SELECT COUNT(*) FROM AlarmDefinition")),
+              QStringList{QStringLiteral("1280")});
+}
+
 // A Jet file stands in for an Access help-text database: it cannot be written,
 // so editing goes to "<base>.sqlite" beside it.
-class JetHelpText : public ::testing::Test
+TEST(JetHelpText, AnEarlierConversionIsUsedAndNamed)
 {
-  protected:
     DbTestContext t;
-    QString jet = t.path(QStringLiteral("Machine.mdb"));
-    QString sqlite = t.path(QStringLiteral("Machine.sqlite"));
-    QByteArray jetBytes;
-    void SetUp() override
-    {
-        ASSERT_TRUE(QFile::copy(sharedTestData() + QStringLiteral("/jet/testUnicodeCompV2003.mdb"), jet));
-        jetBytes = readFileBytes(jet);
-    }
-};
-
-TEST_F(JetHelpText, AnEarlierConversionIsUsedAndNamed)
-{
+    const QString jet = t.path(QStringLiteral("Machine.mdb")), sqlite = t.path(QStringLiteral("Machine.sqlite"));
+    ASSERT_TRUE(QFile::copy(sharedJet(QStringLiteral("testUnicodeCompV2003")), jet));
     makeHelpTextDb(sqlite);
     const QByteArray sqliteBytes = readFileBytes(sqlite);
 
@@ -215,59 +197,60 @@ TEST_F(JetHelpText, AnEarlierConversionIsUsedAndNamed)
     EXPECT_EQ(t.ctx.state.helpTextDB, sqlite);
     EXPECT_EQ(savedHelpTextDb(t), sqlite);
     ASSERT_EQ(t.ui.shown.size(), 1u);
-    EXPECT_TRUE(t.ui.shown[0].text.contains(QStringLiteral("\"") + sqlite + QStringLiteral("\"")));
+    EXPECT_TRUE(t.ui.shown[0].text.contains(u'"' + sqlite + u'"'));
     EXPECT_EQ(t.ui.shown[0].icon, Icon::Information);
-    EXPECT_EQ(readFileBytes(jet), jetBytes);
     EXPECT_EQ(readFileBytes(sqlite), sqliteBytes) << "nothing needed repair";
 }
 
-TEST_F(JetHelpText, AFileInTheWayIsNeverOverwritten)
+// This Jet file converts but is no help-text database: whatever lies beside it, the
+// check fails and leaves every file as it was (a failed conversion is removed again).
+TEST(JetHelpText, AFailedCheckLeavesEveryFileAsItWas)
 {
-    writeFileBytes(sqlite, "my notes, not a database");
-    EXPECT_EQ(CheckConnection(t.ctx, jet), QString());
-    EXPECT_EQ(readFileBytes(sqlite), QByteArray("my notes, not a database"));
-    EXPECT_EQ(t.ui.messageTexts(), QStringList{failureText(jet)});
-}
+    const std::function<void(const QString &)> besides[] = {
+        [](const QString &) {}, [](const QString &p) { writeFileBytes(p, "my notes, not a database"); },
+        [](const QString &p) { makeHelpTextDb(p); }, // ignored when only reading
+    };
+    for (int i = 0; i < 3; ++i) {
+        DbTestContext t;
+        const QString jet = t.path(QStringLiteral("Machine.mdb"));
+        ASSERT_TRUE(QFile::copy(sharedJet(QStringLiteral("testUnicodeCompV2003")), jet));
+        besides[i](t.path(QStringLiteral("Machine.sqlite")));
+        QList<QByteArray> before;
+        for (const QString &f : filesIn(t.dir.path()))
+            before << readFileBytes(t.path(f));
 
-TEST_F(JetHelpText, AConversionThatFailsTheCheckIsRemovedAgain)
-{
-    // The Jet file converts, but it is no help-text database.
-    EXPECT_EQ(CheckConnection(t.ctx, jet), QString());
-    EXPECT_FALSE(QFile::exists(sqlite));
-    EXPECT_EQ(filesIn(t.dir.path()), QStringList{QStringLiteral("Machine.mdb")});
-    EXPECT_EQ(readFileBytes(jet), jetBytes);
-    EXPECT_EQ(t.ui.messageTexts(), QStringList{failureText(jet)});
-}
+        EXPECT_EQ(CheckConnection(t.ctx, jet, i == 2 ? ConnectFor::Reading : ConnectFor::Editing), QString());
 
-TEST_F(JetHelpText, ReadingUsesTheJetFileItself)
-{
-    makeHelpTextDb(sqlite);
-    // Checked as it is: this Jet file lacks the help-text tables, the conversion beside it is ignored.
-    EXPECT_EQ(CheckConnection(t.ctx, jet, ConnectFor::Reading), QString());
-    EXPECT_EQ(t.ui.messageTexts(), QStringList{failureText(jet)});
+        EXPECT_EQ(t.ui.messageTexts(), QStringList{failureText(jet)}) << i;
+        QList<QByteArray> after;
+        for (const QString &f : filesIn(t.dir.path()))
+            after << readFileBytes(t.path(f));
+        EXPECT_EQ(after, before) << i;
+    }
 }
 
 TEST(CreateDBBackup, NumbersFurtherBackupsAndKeepsTheFirst)
 {
     DbTestContext t;
-    const QString db = t.path(QStringLiteral("Help.mdb"));
+    ASSERT_TRUE(QDir(t.dir.path()).mkpath(kOddFolder));
+    const QString db = t.path(kOddFolder + QStringLiteral("/Help text.v2.mdb"));
     makeHelpTextDb(db, false);
     t.ctx.state.helpTextDB = db;
+    const QString base = t.path(kOddFolder + QStringLiteral("/Help text.v2_BACKUP"));
     const QByteArray first = readFileBytes(db);
 
     ASSERT_TRUE(CreateDBBackup(t.ctx));
-    EXPECT_EQ(t.ctx.state.lastBackupPath, t.path(QStringLiteral("Help_BACKUP.sav")));
+    EXPECT_EQ(t.ctx.state.lastBackupPath, base + QStringLiteral(".sav"));
     openRW(db)->exec(QStringLiteral("UPDATE DBSys SET Data = '300' WHERE Item = 'MaxLenAlarm'"));
     const QByteArray second = readFileBytes(db);
-    ASSERT_NE(first, second);
-
     ASSERT_TRUE(CreateDBBackup(t.ctx));
-    EXPECT_EQ(t.ctx.state.lastBackupPath, t.path(QStringLiteral("Help_BACKUP1.sav")));
+    EXPECT_EQ(t.ctx.state.lastBackupPath, base + QStringLiteral("1.sav"));
     ASSERT_TRUE(CreateDBBackup(t.ctx));
-    EXPECT_EQ(t.ctx.state.lastBackupPath, t.path(QStringLiteral("Help_BACKUP2.sav")));
+    EXPECT_EQ(t.ctx.state.lastBackupPath, base + QStringLiteral("2.sav"));
 
-    EXPECT_EQ(readFileBytes(t.path(QStringLiteral("Help_BACKUP.sav"))), first);
-    EXPECT_EQ(readFileBytes(t.path(QStringLiteral("Help_BACKUP1.sav"))), second);
+    EXPECT_EQ(readFileBytes(base + QStringLiteral(".sav")), first);
+    EXPECT_EQ(readFileBytes(base + QStringLiteral("1.sav")), second);
+    EXPECT_NE(first, second);
     EXPECT_TRUE(t.ui.shown.empty());
 }
 
@@ -281,12 +264,8 @@ TEST(CreateDBBackup, AFailedCopyIsReportedAndLoggedOnTheMachinePc)
         const QString text = QStringLiteral("Could not create backup-database") + LFCR +
                              QStringLiteral("Error on copying ") + LFCR + t.ctx.state.helpTextDB +
                              QStringLiteral(" to ") + LFCR + t.path(QStringLiteral("Gone_BACKUP.sav"));
-        if (machinePc) {
-            EXPECT_TRUE(t.ui.shown.empty());
-            EXPECT_EQ(t.errorLog(), text + QStringLiteral("\r\n"));
-        } else {
-            EXPECT_EQ(t.ui.messageTexts(), QStringList{text});
-        }
+        EXPECT_EQ(t.ui.messageTexts(), machinePc ? QStringList() : QStringList{text});
+        EXPECT_EQ(t.errorLog(), machinePc ? text + QStringLiteral("\r\n") : QString());
         EXPECT_TRUE(t.ctx.state.lastBackupPath.isEmpty());
     }
 }
@@ -294,111 +273,59 @@ TEST(CreateDBBackup, AFailedCopyIsReportedAndLoggedOnTheMachinePc)
 TEST(GetMachineList, NamesRoundTripExactlyAndFreeRowsAreNoMachine)
 {
     DbTestContext t;
-    const QString db = t.path(QStringLiteral("Help.mdb"));
-    makeHelpTextDb(db);
-    const QStringList names{QStringLiteral("He said \"hi\""), QStringLiteral("100%_done"),
-                            QStringLiteral("a/b\\c"),         QStringLiteral("  padded  "),
-                            QStringLiteral("Übermaß 包装機"), QStringLiteral("O'Brien; DROP TABLE DBSys")};
+    t.ctx.state.helpTextDB = t.newHelpDb();
+    QStringList names{QStringLiteral("He said \"hi\""),
+                      QStringLiteral("100%_done"),
+                      QStringLiteral("a/b\\c"),
+                      QStringLiteral("  padded  "),
+                      QStringLiteral("Übermaß 包装機"),
+                      QStringLiteral("abc"),
+                      QStringLiteral("O'Brien; DROP TABLE DBSys")};
     {
-        auto d = openRW(db);
+        auto d = openRW(t.ctx.state.helpTextDB);
         for (int i = 0; i < names.size(); ++i)
             d->exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = ? WHERE AlarmID = ?"),
                     {names[i], i * 3 + 1});
         // One machine whatever the case it is written in.
-        d->exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = 'abc' WHERE AlarmID = 100"));
-        d->exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = 'ABC' WHERE AlarmID = 101"));
+        d->exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = 'ABC' WHERE AlarmID = 100"));
     }
-    t.ctx.state.helpTextDB = db;
     QStringList list{QStringLiteral("kept")};
-    EXPECT_EQ(GetMachineList(t.ctx, list), names.size() + 1);
+    EXPECT_EQ(GetMachineList(t.ctx, list), names.size());
     ASSERT_EQ(list.takeFirst(), QStringLiteral("kept"));
-    EXPECT_EQ(list.filter(QStringLiteral("abc"), Qt::CaseInsensitive).size(), 1);
-    list.removeIf([](const QString &s) { return s.compare(QLatin1String("abc"), Qt::CaseInsensitive) == 0; });
-    QStringList expected = names;
-    expected.sort();
+    list.replaceInStrings(QStringLiteral("ABC"), QStringLiteral("abc"));
     list.sort();
-    EXPECT_EQ(list, expected);
+    names.sort();
+    EXPECT_EQ(list, names);
 }
 
 TEST(GetLanguageList, NamesInRecordOrder)
 {
     DbTestContext t;
-    const QString db = t.path(QStringLiteral("Help.mdb"));
-    makeHelpTextDb(db, false);
-    addLanguage(db, 1041, QStringLiteral("日本語 \"JP\""));
-    addLanguage(db, 1031, QStringLiteral("GERMAN"));
-    addLanguage(db, 1033, QStringLiteral("  ENGLISH "));
-    t.ctx.state.helpTextDB = db;
+    t.ctx.state.helpTextDB = t.newHelpDb(false);
+    const QStringList names{QStringLiteral("日本語 \"JP\""), QStringLiteral("GERMAN"), QStringLiteral("  ENGLISH ")};
+    for (int number : {1041, 1031, 1033})
+        addLanguage(t.ctx.state.helpTextDB, number, names[number == 1041 ? 0 : number == 1031 ? 1 : 2]);
     QStringList list;
     EXPECT_EQ(GetLanguageList(t.ctx, list), 3);
-    EXPECT_EQ(list,
-              (QStringList{QStringLiteral("GERMAN"), QStringLiteral("  ENGLISH "), QStringLiteral("日本語 \"JP\"")}));
+    EXPECT_EQ(list, (QStringList{names[1], names[2], names[0]}));
 }
 
 TEST(ConnectToDB_Helptext, ReturnsTheChoiceAndWarnsAboutTheReadOnlyBox)
 {
-    struct Case {
-        ScriptedUserInterface::Reply reply;
-        QString expected;
-        bool warned;
-    };
     const QString chosen = QStringLiteral("/data/Help.mdb");
-    const Case cases[] = {{OpenFileChoice{chosen, false}, chosen, false},
-                          {OpenFileChoice{chosen, true}, chosen, true},
-                          {std::monostate{}, QString(), false}};
-    for (const Case &c : cases) {
+    const std::tuple<ScriptedUserInterface::Reply, QString, bool> cases[] = {
+        {OpenFileChoice{chosen, false}, chosen, false},
+        {OpenFileChoice{chosen, true}, chosen, true},
+        {std::monostate{}, QString(), false}};
+    for (const auto &[reply, expected, warned] : cases) {
         DbTestContext t;
-        t.ctx.state.helpTextDB = QStringLiteral("/data/Old.mdb");
-        t.ui.push(c.reply);
-        EXPECT_EQ(ConnectToDB_Helptext(t.ctx), c.expected);
-        ASSERT_GE(t.ui.shown.size(), 1u);
+        t.ui.push(reply);
+        EXPECT_EQ(ConnectToDB_Helptext(t.ctx), expected);
+        ASSERT_EQ(t.ui.shown.size(), warned ? 2u : 1u);
         EXPECT_EQ(t.ui.shown[0].title, QStringLiteral("Select helptext database"));
         EXPECT_TRUE(t.ui.shown[0].text.startsWith(
             QStringLiteral("MS Access *.mdb (NT-Version)|*.mdb|MS Access *.vws (XP-Version)|*.vws")));
-        if (c.warned) {
-            ASSERT_EQ(t.ui.shown.size(), 2u);
+        if (warned)
             EXPECT_EQ(t.ui.shown[1].text, QStringLiteral("Cannot open as \"Writeonly.\"\n\rProtection removed!"));
-            EXPECT_EQ(t.ui.shown[1].icon, Icon::Critical);
-        } else {
-            EXPECT_EQ(t.ui.shown.size(), 1u);
-        }
     }
-}
-
-TEST(CheckConnection, OddCharactersInThePathAreKept)
-{
-    DbTestContext t;
-    ASSERT_TRUE(QDir(t.dir.path()).mkpath(QStringLiteral("Mäschine \"A\" 100% ' machine")));
-    const QString db = t.path(QStringLiteral("Mäschine \"A\" 100% ' machine/Help text.v2.mdb"));
-    makeHelpTextDb(db);
-    EXPECT_EQ(CheckConnection(t.ctx, db), db);
-    EXPECT_EQ(savedHelpTextDb(t), db);
-    ASSERT_TRUE(CreateDBBackup(t.ctx));
-    EXPECT_EQ(t.ctx.state.lastBackupPath,
-              t.path(QStringLiteral("Mäschine \"A\" 100% ' machine/Help text.v2_BACKUP.sav")));
-}
-
-TEST(CheckConnection, BringsFontsAndTooShortTablesUpToDate)
-{
-    DbTestContext t;
-    const QString db = t.path(QStringLiteral("Help.mdb"));
-    makeHelpTextDb(db);
-    addLanguage(db, 1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 8"));
-    openRW(db)->exec(QStringLiteral("UPDATE DBSys SET Data = '300' WHERE Item = 'MaxLenAlarm'"));
-    const QString lookup = t.path(QStringLiteral("Languages.mdb"));
-    makeLookupDb(lookup,
-                 {{1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 10 400"), QStringLiteral("00000407"), 1252}});
-    t.ctx.state.langLookupDB = lookup;
-
-    ASSERT_EQ(CheckConnection(t.ctx, db), db);
-
-    EXPECT_EQ(t.ctx.state.maxItems[KindAlarms], 300);
-    EXPECT_EQ(dump(db, QStringLiteral("SELECT COUNT(*), MAX(AlarmID) FROM AlarmDefinition")),
-              QStringList{QStringLiteral("1500|1500")});
-    EXPECT_EQ(dump(db, QStringLiteral("SELECT Font, KBLayout FROM Language")),
-              QStringList{QStringLiteral("Arial 10 400|00000407")});
-    EXPECT_EQ(t.ctx.state.lastBackupPath, t.path(QStringLiteral("Help_BACKUP.sav")));
-    // The backup holds the database as it was before the rebuild (fonts already brought up to date).
-    EXPECT_EQ(dump(t.ctx.state.lastBackupPath, QStringLiteral("SELECT COUNT(*) FROM AlarmDefinition")),
-              QStringList{QStringLiteral("1280")});
 }

@@ -1,51 +1,77 @@
 #include "database/HelpTextFixture.h"
 
-#include "common/UserInterface.h"
-
-#include <QFile>
-#include <gtest/gtest.h>
+#include <QDir>
 
 namespace ht::test
 {
 
-QString schemaScript(const QString &name)
+QString schemaFile(const QString &name)
 {
-    QFile f(sourceDir() + QStringLiteral("/src/database/schema/") + name);
-    if (!f.open(QIODevice::ReadOnly))
-        throw DbError(("missing schema script " + name).toStdString());
-    return QString::fromUtf8(f.readAll());
+    return sourceDir() + QStringLiteral("/src/database/schema/") + name;
+}
+
+QString sharedJet(const QString &name)
+{
+    return sharedTestData() + QStringLiteral("/jet/") + name + QStringLiteral(".mdb");
+}
+
+QString writeIn(const QTemporaryDir &dir, const QString &name, const QByteArray &bytes)
+{
+    writeFileBytes(dir.filePath(name), bytes);
+    return dir.filePath(name);
+}
+
+QStringList filesIn(const QString &dir)
+{
+    return QDir(dir).entryList(QDir::Files | QDir::Hidden, QDir::Name);
+}
+
+QString columnType(Database &db, const QString &table, const QString &column)
+{
+    for (const ColumnInfo &c : db.columns(table))
+        if (c.name == column)
+            return c.type;
+    return QStringLiteral("<none>");
+}
+
+static void runScripts(Database &db, const QStringList &names)
+{
+    Database::Transaction t(db);
+    for (const QString &name : names) {
+        const QByteArray script = readFileBytes(schemaFile(name));
+        if (script.isEmpty())
+            throw DbError(("missing schema script " + name).toStdString());
+        db.execScript(QString::fromUtf8(script));
+    }
+    t.commit();
 }
 
 void makeHelpTextDb(const QString &path, bool materialChange)
 {
-    auto db = Database::create(path);
-    Database::Transaction t(*db);
-    db->execScript(schemaScript(QStringLiteral("helptext.sql")));
+    QStringList scripts{QStringLiteral("helptext.sql")};
     if (materialChange)
-        db->execScript(schemaScript(QStringLiteral("helptext_materialchange.sql")));
-    t.commit();
+        scripts << QStringLiteral("helptext_materialchange.sql");
+    runScripts(*Database::create(path), scripts);
 }
 
 void makeLookupDb(const QString &path, const std::vector<LookupRow> &rows, bool withSubstBy)
 {
     auto db = Database::create(path);
-    Database::Transaction t(*db);
-    db->execScript(schemaScript(QStringLiteral("languages.sql")));
+    runScripts(*db, {QStringLiteral("languages.sql")});
     if (!withSubstBy)
         db->dropColumn(QStringLiteral("LookupLanguages"), QStringLiteral("SubstBy"));
     for (const LookupRow &r : rows)
         db->exec(QStringLiteral("INSERT INTO LookupLanguages (Language, Name, Font, KBLayout, CodePage) "
                                 "VALUES (?, ?, ?, ?, ?)"),
                  {r.number, r.name, r.font, r.layout, r.codePage});
-    t.commit();
 }
 
 void addLanguage(const QString &path, int number, const QString &name, const QString &font)
 {
     auto db = openRW(path);
     Database::Transaction t(*db);
-    db->exec(QStringLiteral("INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (?, ?, ?, ?)"),
-             {number, name, font.isNull() ? QVariant() : QVariant(font), QVariant()});
+    db->exec(QStringLiteral("INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (?, ?, ?, NULL)"),
+             {number, name, font.isNull() ? QVariant() : QVariant(font)});
     db->exec(QStringLiteral("INSERT INTO AlarmText (Alarm_ID, Language, Device, Result, Function) "
                             "SELECT AlarmID, %1, 'Device ' || AlarmID || ' ' || %1, 'Result ' || AlarmID || ' ' || %1, "
                             "'Function ' || AlarmID || ' ' || %1 FROM AlarmDefinition")
@@ -68,9 +94,8 @@ std::unique_ptr<Database> openRW(const QString &path)
 
 QStringList dump(const QString &path, const QString &sql)
 {
-    auto db = Database::open(path, Database::Mode::ReadOnly);
     QStringList lines;
-    for (const QVariantList &row : db->query(sql).rows()) {
+    for (const QVariantList &row : Database::open(path, Database::Mode::ReadOnly)->query(sql).rows()) {
         QStringList values;
         for (const QVariant &v : row)
             values << (v.isNull() ? QStringLiteral("<null>") : v.toString());
@@ -79,15 +104,10 @@ QStringList dump(const QString &path, const QString &sql)
     return lines;
 }
 
-DbTestContext::DbTestContext()
+QString DbTestContext::newHelpDb(bool materialChange) const
 {
-    ctx.state.iniPath = ini();
-}
-
-void DbTestContext::continueAfterErrors(int times)
-{
-    for (int i = 0; i < times; ++i)
-        ui.push(Answer::Yes);
+    makeHelpTextDb(path(QStringLiteral("Help.mdb")), materialChange);
+    return path(QStringLiteral("Help.mdb"));
 }
 
 } // namespace ht::test

@@ -12,30 +12,26 @@ using namespace ht::test;
 namespace
 {
 
-QString tool()
-{
-    return binDir() + QStringLiteral("/helptext-mkdb");
-}
-
 int runTool(const QStringList &args)
 {
     QProcess p;
-    p.start(tool(), args);
-    if (!p.waitForFinished(60000))
-        return -1;
-    return p.exitCode();
+    p.start(binDir() + QStringLiteral("/helptext-mkdb"), args);
+    return p.waitForFinished(60000) ? p.exitCode() : -1;
 }
 
-QString schemaFile(const QString &name)
+// Per block of `n` rows: first and last ID, first and last number, the machine types.
+QStringList blocks(const QString &db, const char *table, const char *id, const char *no, int n)
 {
-    return sourceDir() + QStringLiteral("/src/database/schema/") + name;
+    return dump(db, QStringLiteral("SELECT (%1 - 1) / %3, MIN(%1), MAX(%1), MIN(%2), MAX(%2), "
+                                   "group_concat(DISTINCT MachineType) FROM %4 GROUP BY 1 ORDER BY 1")
+                        .arg(QLatin1String(id), QLatin1String(no), QString::number(n), QLatin1String(table)));
 }
-
-} // namespace
 
 class TemplateDatabase : public ::testing::TestWithParam<bool>
 {
 };
+
+} // namespace
 
 TEST_P(TemplateDatabase, HasFiveFreeBlocksAndNoLanguage)
 {
@@ -52,23 +48,15 @@ TEST_P(TemplateDatabase, HasFiveFreeBlocksAndNoLanguage)
     EXPECT_EQ(dump(db, QStringLiteral("SELECT Item, Data FROM DBSys ORDER BY Item")),
               (QStringList{QStringLiteral("MaxLenAlarm|256"), QStringLiteral("MaxLenMaterialChange|1000"),
                            QStringLiteral("MaxLenWarning|256")}));
-    const QString blocks = QStringLiteral("SELECT (%1 - 1) / %3, MIN(%1), MAX(%1), MIN(%2), MAX(%2), "
-                                          "group_concat(DISTINCT MachineType) FROM %4 GROUP BY 1 ORDER BY 1");
     QStringList alarmBlocks, mcBlocks;
     for (int b = 0; b < 5; ++b) {
         alarmBlocks << QStringLiteral("%1|%2|%3|1|256|0").arg(b).arg(b * 256 + 1).arg(b * 256 + 256);
         mcBlocks << QStringLiteral("%1|%2|%3|1|1000|0").arg(b).arg(b * 1000 + 1).arg(b * 1000 + 1000);
     }
-    EXPECT_EQ(dump(db, blocks.arg(QStringLiteral("AlarmID"), QStringLiteral("AlarmNo"), QStringLiteral("256"),
-                                  QStringLiteral("AlarmDefinition"))),
-              alarmBlocks);
-    EXPECT_EQ(dump(db, blocks.arg(QStringLiteral("WarningID"), QStringLiteral("WarningNo"), QStringLiteral("256"),
-                                  QStringLiteral("WarningDefinition"))),
-              alarmBlocks);
+    EXPECT_EQ(blocks(db, "AlarmDefinition", "AlarmID", "AlarmNo", 256), alarmBlocks);
+    EXPECT_EQ(blocks(db, "WarningDefinition", "WarningID", "WarningNo", 256), alarmBlocks);
     if (materialChange)
-        EXPECT_EQ(dump(db, blocks.arg(QStringLiteral("MaterialChangeID"), QStringLiteral("MaterialChangeNo"),
-                                      QStringLiteral("1000"), QStringLiteral("MaterialChangeDefinition"))),
-                  mcBlocks);
+        EXPECT_EQ(blocks(db, "MaterialChangeDefinition", "MaterialChangeID", "MaterialChangeNo", 1000), mcBlocks);
     EXPECT_EQ(dump(db, QStringLiteral("SELECT (SELECT COUNT(*) FROM Language) + (SELECT COUNT(*) FROM Discription) "
                                       "+ (SELECT COUNT(*) FROM AlarmText) + (SELECT COUNT(*) FROM WarningText)")),
               QStringList{QStringLiteral("0")});
@@ -81,17 +69,14 @@ TEST(MakeDatabaseTool, NeverOverwritesAndLeavesNothingOnFailure)
     DbTestContext t;
     const QString out = t.path(QStringLiteral("Languages.sqlite"));
     ASSERT_EQ(runTool({out, schemaFile(QStringLiteral("languages.sql"))}), 0);
-    auto db = Database::open(out, Database::Mode::ReadOnly);
-    EXPECT_TRUE(db->hasColumn(QStringLiteral("LookupLanguages"), QStringLiteral("SubstBy")));
-    db.reset();
-
+    EXPECT_TRUE(openRW(out)->hasColumn(QStringLiteral("LookupLanguages"), QStringLiteral("SubstBy")));
     const QByteArray made = readFileBytes(out);
     EXPECT_EQ(runTool({out, schemaFile(QStringLiteral("indextext.sql"))}), 2);
     EXPECT_EQ(readFileBytes(out), made);
 
     // The second script fails half-way: no file is left.
-    const QString bad = t.path(QStringLiteral("bad.sql"));
-    writeFileBytes(bad, "CREATE TABLE Extra (x);\nINSERT INTO Nowhere VALUES (1);\n");
+    const QString bad =
+        writeIn(t.dir, QStringLiteral("bad.sql"), "CREATE TABLE Extra (x);\nINSERT INTO Nowhere VALUES (1);\n");
     const QString failed = t.path(QStringLiteral("Failed.sqlite"));
     EXPECT_EQ(runTool({failed, schemaFile(QStringLiteral("indextext.sql")), bad}), 1);
     EXPECT_FALSE(QFile::exists(failed));
