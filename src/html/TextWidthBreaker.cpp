@@ -124,6 +124,14 @@ int TextWidthBreaker::pixelSizeForPoints(double points)
 
 void TextWidthBreaker::setFont(const QString &fontName, const QString &fontSize, const QString &fontWeight)
 {
+    // A run sets the same font for page after page: nothing to do then.
+    if (m_measure && fontName == m_lastName && fontSize == m_lastSize &&
+        (fontWeight.isEmpty() || fontWeight == m_lastWeight))
+        return;
+    m_lastName = fontName;
+    m_lastSize = fontSize;
+    if (!fontWeight.isEmpty())
+        m_lastWeight = fontWeight;
     m_font.setFamily(fontName);
     bool ok = false;
     const double points = fontSize.trimmed().toDouble(&ok);

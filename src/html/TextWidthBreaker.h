@@ -46,6 +46,7 @@ class TextWidthBreaker
     FontMeasure *m_measure = nullptr;
     QHash<QString, std::shared_ptr<FontMeasure>> m_measures;
     bool m_measureEveryJoin = false;
+    QString m_lastName, m_lastSize, m_lastWeight; // the arguments that made m_font
 };
 
 // Splits at blanks as the line breaker does: runs of blanks count as one.
