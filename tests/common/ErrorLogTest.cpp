@@ -4,11 +4,9 @@
 #include "support/TestSupport.h"
 
 #include <QDir>
-#include <gtest/gtest.h>
 #include <stdexcept>
 
 using namespace ht;
-using ht::test::readFileBytes;
 using ht::test::TestContext;
 
 namespace
@@ -17,11 +15,10 @@ namespace
 TEST(LogError, AppendsExactlyTheTextAndCrLf)
 {
     TestContext tc;
-    EXPECT_EQ(errorLogPath(tc.ctx), tc.path("helptextError.log"));
     LogError(tc.ctx, "first");
     LogError(tc.ctx, QString::fromUtf8("zweite Zeile: Gerät\tmit Tab"));
     LogError(tc.ctx, "");
-    EXPECT_EQ(readFileBytes(tc.path("helptextError.log")),
+    EXPECT_EQ(ht::test::readFileBytes(tc.path("helptextError.log")),
               QByteArray("first\r\nzweite Zeile: Ger\xc3\xa4t\tmit Tab\r\n\r\n"));
 }
 
@@ -30,14 +27,12 @@ TEST(LogError, UnwritableLogIsReportedOnlyToAUser)
     TestContext tc;
     // The log's name is taken by a directory, so it cannot be opened at all.
     ASSERT_TRUE(QDir(tc.dir.path()).mkdir("helptextError.log"));
-
     tc.ui.push(Answer::Yes);
     EXPECT_NO_THROW(LogError(tc.ctx, "lost"));
     ASSERT_EQ(tc.ui.shown.size(), 1u);
     EXPECT_TRUE(tc.ui.shown[0].text.startsWith("Unexpected error!\n\rNo: 75\n\rSource: LogError\n\r"));
     tc.ui.push(Answer::No);
     EXPECT_THROW(LogError(tc.ctx, "lost"), ProgramEnded);
-
     // An unexpected error whose log line fails: one report for the log, then the error's own question.
     tc.ui.shown.clear();
     tc.ui.push(Answer::Yes);
@@ -52,7 +47,6 @@ TEST(LogError, UnwritableLogIsReportedOnlyToAUser)
     EXPECT_NO_THROW(LogError(tc.ctx, "lost"));
     tc.ctx.state.unattended = false;
     tc.ctx.state.runningOnMachinePC = true;
-    EXPECT_NO_THROW(LogError(tc.ctx, "lost"));
     EXPECT_EQ(ShowUnexpectedError(tc.ctx, 5, "x", "Invalid procedure call", "SaveIni"), 1);
     tc.ctx.programDir = tc.path("no/such/dir");
     EXPECT_NO_THROW(LogError(tc.ctx, "lost too"));
@@ -61,16 +55,12 @@ TEST(LogError, UnwritableLogIsReportedOnlyToAUser)
 
 struct ReportCase {
     const char *name;
-    bool machinePC;
-    bool unattended;
+    bool machinePC, unattended;
     Answer answer;
     int expected;
     bool boxShown;
 };
-
-class UnexpectedError : public ::testing::TestWithParam<ReportCase>
-{
-};
+using UnexpectedError = ht::test::Table<ReportCase>;
 
 TEST_P(UnexpectedError, LogsAndAsksByMode)
 {
@@ -79,11 +69,11 @@ TEST_P(UnexpectedError, LogsAndAsksByMode)
     tc.ctx.state.runningOnMachinePC = c.machinePC;
     tc.ctx.state.unattended = c.unattended;
     tc.ui.push(c.answer);
-
     EXPECT_EQ(ShowUnexpectedError(tc.ctx, 13, "VBA", "Type mismatch", "SaveIni"), c.expected);
 
-    const QString workstation = QStringLiteral("Unexpected error!\n\rNo: 13\n\rSource: SaveIni\n\rType mismatch");
-    const QString machine = QStringLiteral("Unexpected error!\tNo: 13\tSource: SaveIni\tType mismatch");
+    // The machine PC's log takes tabs, the workstation's the LF-CR breaks of its message box.
+    const QString workstation = "Unexpected error!\n\rNo: 13\n\rSource: SaveIni\n\rType mismatch";
+    const QString machine = "Unexpected error!\tNo: 13\tSource: SaveIni\tType mismatch";
     EXPECT_EQ(tc.errorLog(), (c.machinePC ? machine : workstation) + "\r\n");
     ASSERT_EQ(tc.ui.shown.size(), c.boxShown ? 1u : 0u);
     if (c.boxShown) {
@@ -99,13 +89,12 @@ INSTANTIATE_TEST_SUITE_P(Modes, UnexpectedError,
                                            ReportCase{"WorkstationNoStops", false, false, Answer::No, 1, true},
                                            ReportCase{"UnattendedStops", false, true, Answer::Yes, 1, false},
                                            ReportCase{"MachinePCNeverAsks", true, false, Answer::Yes, 1, false}),
-                         [](const auto &info) { return std::string(info.param.name); });
+                         ht::test::ByName());
 
 TEST(ReportUnexpected, EndsOnlyWhenTheAnswerIsStop)
 {
     TestContext tc;
     const std::runtime_error failure("disk on fire");
-
     tc.ui.push(Answer::Yes);
     EXPECT_NO_THROW(reportUnexpected(tc.ctx, "WriteHTMLPage", failure));
     EXPECT_FALSE(tc.ctx.state.programEnding);
@@ -115,16 +104,7 @@ TEST(ReportUnexpected, EndsOnlyWhenTheAnswerIsStop)
     EXPECT_THROW(reportUnexpected(tc.ctx, "WriteHTMLPage", failure), ProgramEnded);
     EXPECT_TRUE(tc.ctx.state.programEnding);
 
-    TestContext machine;
-    machine.ctx.state.runningOnMachinePC = true;
-    EXPECT_THROW(reportUnexpected(machine.ctx, "ImportAlarmsWarnings", failure), ProgramEnded);
-    EXPECT_TRUE(machine.ui.shown.empty());
-}
-
-TEST(EndProgram, EndsEvenWithoutHandler)
-{
-    TestContext tc;
-    tc.ctx.endProgram = nullptr;
+    tc.ctx.endProgram = nullptr; // ends even without a handler, with the given code
     try {
         EndProgram(tc.ctx, 3);
         FAIL() << "EndProgram returned";
@@ -133,26 +113,20 @@ TEST(EndProgram, EndsEvenWithoutHandler)
     }
 }
 
-TEST(ShowErrorMessage, NamesProcedureNumberAndDescription)
+TEST(ShowMessage, ErrorTextAndUnattendedSafeAnswers)
 {
     TestContext tc;
     ShowErrorMessage(tc.ctx, "CommandImport_Click", 3021, "No current record.");
-    ASSERT_EQ(tc.ui.shown.size(), 1u);
-    EXPECT_EQ(tc.ui.shown[0].text, "An error has occurred in CommandImport_Click!\n\rNo.: 3021 , No current record.");
-}
+    EXPECT_EQ(tc.ui.messageTexts(),
+              QStringList{"An error has occurred in CommandImport_Click!\n\rNo.: 3021 , No current record."});
 
-TEST(ShowMessage, UnattendedGoesToTheLogWithSafeAnswer)
-{
-    TestContext tc;
+    tc.ui.shown.clear();
     tc.ctx.state.unattended = true;
     tc.ui.push(Answer::Yes);
     EXPECT_EQ(showMessage(tc.ctx, "Delete?", Buttons::YesNo, Icon::Question), Answer::No);
     EXPECT_EQ(showMessage(tc.ctx, "Retry?", Buttons::RetryCancel), Answer::Cancel);
     EXPECT_TRUE(tc.ui.shown.empty());
     EXPECT_EQ(tc.errorLog(), "Delete?\r\nRetry?\r\n");
-
-    tc.ctx.state.unattended = false;
-    EXPECT_EQ(showMessage(tc.ctx, "Delete?", Buttons::YesNo, Icon::Question), Answer::Yes);
 }
 
 } // namespace

@@ -1,22 +1,11 @@
 #pragma once
-// Readable failure output for Qt strings in GoogleTest assertions.
+// Readable failure output for Qt strings in GoogleTest assertions, and the
+// pieces of the case tables (a struct with a `name`, one row per case).
 
 #include <QByteArray>
 #include <QString>
-#include <QStringList>
+#include <gtest/gtest.h>
 #include <ostream>
-
-inline void PrintTo(const QString &s, std::ostream *os)
-{
-    *os << '"';
-    for (const QChar c : s) {
-        if (c.unicode() < 0x20 || c.unicode() == 0x7F)
-            *os << "\\x" << std::hex << int(c.unicode()) << std::dec;
-        else
-            *os << QString(c).toStdString();
-    }
-    *os << '"';
-}
 
 inline void PrintTo(const QByteArray &b, std::ostream *os)
 {
@@ -31,13 +20,24 @@ inline void PrintTo(const QByteArray &b, std::ostream *os)
     *os << '"';
 }
 
-inline void PrintTo(const QStringList &l, std::ostream *os)
+// Control characters shown as escapes, the rest as UTF-8.
+inline void PrintTo(const QString &s, std::ostream *os)
 {
-    *os << '{';
-    for (qsizetype i = 0; i < l.size(); ++i) {
-        if (i)
-            *os << ", ";
-        PrintTo(l[i], os);
+    *os << '"';
+    for (const QChar c : s) {
+        if (c.unicode() < 0x20 || c.unicode() == 0x7F)
+            *os << "\\x" << std::hex << int(c.unicode()) << std::dec;
+        else
+            *os << QString(c).toStdString();
     }
-    *os << '}';
+    *os << '"';
 }
+
+namespace ht::test
+{
+template <class Case> struct Table : ::testing::TestWithParam<Case> {
+};
+struct ByName {
+    template <class Case> std::string operator()(const ::testing::TestParamInfo<Case> &i) const { return i.param.name; }
+};
+} // namespace ht::test

@@ -1,72 +1,68 @@
+// The command line and the machine-PC check, the two things start-up decides the run by.
 #include "startup/CommandLine.h"
+#include "startup/MachinePC.h"
 
+#include "common/QtPrinters.h"
 #include "support/TestSupport.h"
 
-#include <gtest/gtest.h>
+#include <QDir>
 
 namespace ht
 {
 namespace
 {
 
-struct SplitCase {
-    const char *line;
-    QStringList expected;
-};
-
-void PrintTo(const SplitCase &c, std::ostream *os)
+TEST(ReadCommandLine, SplitsAtTheFirstCharacter)
 {
-    *os << '"' << c.line << '"';
+    const std::pair<const char *, QStringList> cases[] = {
+        {"", {""}},
+        {"   ", {""}},
+        {"/html/Alarms", {"html", "Alarms"}},
+        {"-html -Alarms", {"html", "Alarms"}},
+        {"  /html/ Warnings /MaterialChange  ", {"html", "Warnings", "MaterialChange"}},
+        {"/html", {"html"}},
+        {"/html/", {"html", ""}},
+        {"//html", {"", "html"}},
+        {"html", {"tml"}}, // without a leading separator the first letter is taken as one
+        {"x", {""}},
+        {"#html#Alarms#Warnings", {"html", "Alarms", "Warnings"}}};
+    for (const auto &[line, expected] : cases)
+        EXPECT_EQ(ReadCommandLine(QString::fromUtf8(line)), expected) << line;
 }
 
-class ReadCommandLineTest : public ::testing::TestWithParam<SplitCase>
+TEST(FindCommandLineParameter, MatchesWholeWordsWithoutCase)
 {
-};
-
-TEST_P(ReadCommandLineTest, SplitsAtTheFirstCharacter)
-{
-    EXPECT_EQ(ReadCommandLine(QString::fromUtf8(GetParam().line)), GetParam().expected);
+    const std::tuple<const char *, const char *, bool> cases[] = {{"/HTML/alarms", "html", true},
+                                                                  {"/HTML/alarms", "Alarms", true},
+                                                                  {"/HTML/alarms", "Warnings", false},
+                                                                  {"/htmlx/Alarms", "html", false},
+                                                                  {"/html/MaterialChange", "Material", false},
+                                                                  {"", "html", false},
+                                                                  {"-html -materialchange", "MaterialChange", true}};
+    for (const auto &[line, name, found] : cases) {
+        test::TestContext t;
+        t.ctx.state.commandLine = ReadCommandLine(QString::fromUtf8(line));
+        EXPECT_EQ(FindCommandLineParameter(t.ctx, QString::fromUtf8(name)), found) << line << " " << name;
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Grammar, ReadCommandLineTest,
-    ::testing::Values(SplitCase{"", {""}}, SplitCase{"   ", {""}}, SplitCase{"/html/Alarms", {"html", "Alarms"}},
-                      SplitCase{"-html -Alarms", {"html", "Alarms"}}, SplitCase{"/html /Alarms", {"html", "Alarms"}},
-                      SplitCase{"  /html/ Warnings /MaterialChange  ", {"html", "Warnings", "MaterialChange"}},
-                      SplitCase{"/html", {"html"}}, SplitCase{"/html/", {"html", ""}},
-                      SplitCase{"//html", {"", "html"}},
-                      // Without a leading separator the first letter is taken as one.
-                      SplitCase{"html", {"tml"}}, SplitCase{"x", {""}},
-                      SplitCase{"#html#Alarms#Warnings", {"html", "Alarms", "Warnings"}}));
-
-struct FindCase {
-    const char *line;
-    const char *name;
-    bool found;
-};
-
-void PrintTo(const FindCase &c, std::ostream *os)
+TEST(GetAppRunningOnMachinePC, ProgramDirectoryIsTheToolsDirectory)
 {
-    *os << '"' << c.line << "\" looking for " << c.name;
+    QTemporaryDir root;
+    QDir().mkpath(root.filePath("Program/Tools/sub"));
+    qputenv("HELPTEXT_MACHINE_ROOT", root.path().toUtf8());
+    const std::pair<QString, bool> cases[] = {{"Program/Tools", true},      {"Program/Tools/", true},
+                                              {"Program/./Tools", true},    {"Program", false},
+                                              {"Program/Tools/sub", false}, {"Program/Tool", false}};
+    for (const auto &[relative, machinePC] : cases) {
+        test::TestContext t;
+        t.ctx.programDir = root.path() + '/' + relative;
+        EXPECT_EQ(GetAppRunningOnMachinePC(t.ctx), machinePC) << qPrintable(relative);
+        t.ctx.programDir = t.ctx.programDir.toUpper(); // the file system of the machine PC ignores case
+        EXPECT_EQ(GetAppRunningOnMachinePC(t.ctx), machinePC) << qPrintable(relative);
+    }
+    qunsetenv("HELPTEXT_MACHINE_ROOT");
 }
-
-class FindParameterTest : public ::testing::TestWithParam<FindCase>
-{
-};
-
-TEST_P(FindParameterTest, MatchesWholeWordsWithoutCase)
-{
-    test::TestContext t;
-    t.ctx.state.commandLine = ReadCommandLine(QString::fromUtf8(GetParam().line));
-    EXPECT_EQ(FindCommandLineParameter(t.ctx, QString::fromUtf8(GetParam().name)), GetParam().found);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Lookup, FindParameterTest,
-    ::testing::Values(FindCase{"/HTML/alarms", "html", true}, FindCase{"/HTML/alarms", "Alarms", true},
-                      FindCase{"/HTML/alarms", "Warnings", false}, FindCase{"/htmlx/Alarms", "html", false},
-                      FindCase{"/html/MaterialChange", "Material", false}, FindCase{"", "html", false},
-                      FindCase{"-html -materialchange", "MaterialChange", true}));
 
 } // namespace
 } // namespace ht

@@ -10,7 +10,10 @@
 
 namespace ht::test
 {
+namespace
+{
 
+// A SQLite database from scripts below the repository root; fails the current test when one fails.
 void makeDatabase(const QString &path, const QStringList &scripts)
 {
     QFile::remove(path);
@@ -28,36 +31,25 @@ void makeDatabase(const QString &path, const QStringList &scripts)
     }
 }
 
-void makeDemoHelpTextDB(const QString &path)
-{
-    makeDatabase(path, {QStringLiteral("src/database/schema/helptext.sql"),
-                        QStringLiteral("src/database/schema/helptext_materialchange.sql"),
-                        QStringLiteral("samples/demo/helptext_demo.sql")});
-}
+} // namespace
 
 void makeDemoLanguageDB(const QString &path)
 {
-    makeDatabase(
-        path, {QStringLiteral("src/database/schema/languages.sql"), QStringLiteral("samples/demo/languages_demo.sql")});
-}
-
-void makeDemoIndexTextDB(const QString &path)
-{
-    makeDatabase(
-        path, {QStringLiteral("src/database/schema/indextext.sql"), QStringLiteral("samples/demo/indextext_demo.sql")});
+    makeDatabase(path, {"src/database/schema/languages.sql", "samples/demo/languages_demo.sql"});
 }
 
 void makeMachineTree(const QString &root)
 {
-    const QString program = root + QStringLiteral("/Program");
-    QDir().mkpath(program + QStringLiteral("/Tools"));
-    QDir().mkpath(program + QStringLiteral("/Help"));
-    makeDemoHelpTextDB(program + QStringLiteral("/Helptext.mdb"));
-    makeDemoIndexTextDB(program + QStringLiteral("/Scopia.mdb"));
-    makeDemoLanguageDB(program + QStringLiteral("/Tools/Languages.mdb"));
-    for (const char *name : {"Source_Alarms.html", "Source_Warnings.html", "Source_MaterialChange.html"})
-        copyFile(sourceDir() + QStringLiteral("/samples/templates/") + QLatin1String(name),
-                 program + QStringLiteral("/Help/") + QLatin1String(name));
+    const QString program = root + QStringLiteral("/Program/");
+    QDir().mkpath(program + "Tools");
+    QDir().mkpath(program + "Help");
+    makeDatabase(program + "Helptext.mdb",
+                 {"src/database/schema/helptext.sql", "src/database/schema/helptext_materialchange.sql",
+                  "samples/demo/helptext_demo.sql"});
+    makeDatabase(program + "Scopia.mdb", {"src/database/schema/indextext.sql", "samples/demo/indextext_demo.sql"});
+    makeDemoLanguageDB(program + "Tools/Languages.mdb");
+    for (const QString name : {"Source_Alarms.html", "Source_Warnings.html", "Source_MaterialChange.html"})
+        copyFile(sourceDir() + "/samples/templates/" + name, program + "Help/" + name);
 }
 
 void writeText(const QString &path, const QString &text)

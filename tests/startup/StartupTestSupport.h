@@ -1,6 +1,6 @@
 #pragma once
-// Helpers of the start-up tests: the demo databases made from the schema and
-// demo scripts, a machine-PC tree, and a headless start-up window.
+// Helpers of the start-up tests: demo databases made from the schema and demo
+// scripts, a machine-PC tree, and a headless start-up window.
 
 #include "common/StatusDisplay.h"
 #include "startup/StartupView.h"
@@ -11,12 +11,7 @@
 namespace ht::test
 {
 
-// Makes a SQLite database at `path` from schema/demo scripts (paths relative
-// to the repository root). Fails the current test when a script fails.
-void makeDatabase(const QString &path, const QStringList &scripts);
-void makeDemoHelpTextDB(const QString &path);
 void makeDemoLanguageDB(const QString &path);
-void makeDemoIndexTextDB(const QString &path);
 
 // <root>/Program/{Helptext.mdb, Scopia.mdb, Tools/Languages.mdb, Help/} with
 // the demo data and the page templates in Help/.
@@ -28,16 +23,16 @@ void copyFile(const QString &from, const QString &to);
 class HeadlessView : public StartupView
 {
   public:
-    QString caption, title, version, scopiaVersion;
+    QString scopiaVersion;
     QStringList settings;
     bool settingsVisible = false, showSettingsEnabled = false, okEnabled = true;
     int timerInterval = 0;
     QStringList events; // "show:EDIT", "unload", in order
     HeadlessStatus status;
 
-    void setCaption(const QString &t) override { caption = t; }
-    void setTitle(const QString &t) override { title = t; }
-    void setVersionText(const QString &t) override { version = t; }
+    void setCaption(const QString &) override {}
+    void setTitle(const QString &) override {}
+    void setVersionText(const QString &) override {}
     void setScopiaVersion(const QString &t) override { scopiaVersion = t; }
     void setSettingsList(const QStringList &lines) override { settings = lines; }
     void showSettingsList() override { settingsVisible = true; }
