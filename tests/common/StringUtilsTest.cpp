@@ -13,9 +13,6 @@ namespace
 
 const QChar kNul(QChar::Null);
 
-using ht::test::ByName;
-using ht::test::Table;
-
 TEST(ReplaceStringInString, FirstOccurrenceCaseSensitive)
 {
     TestContext tc;
@@ -24,40 +21,33 @@ TEST(ReplaceStringInString, FirstOccurrenceCaseSensitive)
     EXPECT_EQ(ReplaceStringInString(tc.ctx, "x###a###", "###A###", "1", false), "x###a###");
 }
 
-// With conversion the replacement's characters are bytes of the current code page.
-struct ConvertCase {
-    const char *name, *codePage;
-    QString replacement, expected;
-};
-using ReplaceConverted = Table<ConvertCase>;
-
-TEST_P(ReplaceConverted, TakesCharactersAsCodePageBytes)
+// With conversion the replacement's characters are bytes of the current code page, and the
+// converted text keeps the terminating NUL of the conversion buffer.
+TEST(ReplaceStringInString, ConvertedTakesCharactersAsCodePageBytes)
 {
-    TestContext tc;
-    const ConvertCase &c = GetParam();
-    tc.ctx.state.currentCodePage = c.codePage;
-    EXPECT_EQ(ReplaceStringInString(tc.ctx, "<td>###T###</td>", "###T###", c.replacement, true),
-              "<td>" + c.expected + "</td>");
-    bool replaced = false;
-    EXPECT_EQ(
-        ReplaceStringInTextMultiLine(tc.ctx, "[###T###]", "###T###", {c.replacement, c.replacement}, replaced, true),
-        "[" + c.expected + "<br>" + c.expected + "<br>]");
-    EXPECT_TRUE(replaced);
+    const struct {
+        const char *codePage;
+        QString replacement, expected;
+    } cases[] = {{"1253", QString::fromLatin1("\xc1\xe8\xde\xed\xe1"), QString::fromUtf8("Αθήνα") + kNul},
+                 {"932", QString::fromLatin1("\x93\xfa\x96\x7b"), QString::fromUtf8("日本") + kNul},
+                 // The same bytes read as Windows-1252 letters (curly quote, en dash) give the same result.
+                 {"932", QString::fromUtf8("\u201c\u00fa\u2013{"), QString::fromUtf8("日本") + kNul},
+                 {"1252", QString::fromLatin1("ab\0cd", 5), "ab" + QString(kNul)}, // stops at a NUL
+                 {"1252", "", QString(kNul)},
+                 {"", QString::fromLatin1("\x80"), QString::fromUtf8("€") + kNul}, // no code page means ANSI
+                 {"999", "abc", ""}};                                              // unknown code page
+    for (const auto &c : cases) {
+        TestContext tc;
+        tc.ctx.state.currentCodePage = c.codePage;
+        EXPECT_EQ(ReplaceStringInString(tc.ctx, "<td>###T###</td>", "###T###", c.replacement, true),
+                  "<td>" + c.expected + "</td>");
+        bool replaced = false;
+        EXPECT_EQ(ReplaceStringInTextMultiLine(tc.ctx, "[###T###]", "###T###", {c.replacement, c.replacement}, replaced,
+                                               true),
+                  "[" + c.expected + "<br>" + c.expected + "<br>]");
+        EXPECT_TRUE(replaced);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    CodePages, ReplaceConverted,
-    ::testing::Values(
-        ConvertCase{"Greek", "1253", QString::fromLatin1("\xc1\xe8\xde\xed\xe1"), QString::fromUtf8("Αθήνα") + kNul},
-        ConvertCase{"Japanese", "932", QString::fromLatin1("\x93\xfa\x96\x7b"), QString::fromUtf8("日本") + kNul},
-        // The same bytes read as Windows-1252 letters (curly quote, en dash) give the same result.
-        ConvertCase{"JapaneseFrom1252Letters", "932", QString::fromUtf8("\u201c\u00fa\u2013{"),
-                    QString::fromUtf8("日本") + kNul},
-        ConvertCase{"StopsAtNul", "1252", QString::fromLatin1("ab\0cd", 5), "ab" + QString(kNul)},
-        ConvertCase{"EmptyKeepsTheNul", "1252", "", QString(kNul)},
-        ConvertCase{"NoCodePageMeansAnsi", "", QString::fromLatin1("\x80"), QString::fromUtf8("€") + kNul},
-        ConvertCase{"UnknownCodePageGivesNothing", "999", "abc", ""}),
-    ByName());
 
 TEST(ReplaceStringInTextMultiLine, LinesWithBreaksFlagOnlyWhenFound)
 {
