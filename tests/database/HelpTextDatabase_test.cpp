@@ -298,18 +298,6 @@ TEST(GetMachineList, NamesRoundTripExactlyAndFreeRowsAreNoMachine)
     EXPECT_EQ(list, names);
 }
 
-TEST(GetLanguageList, NamesInRecordOrder)
-{
-    DbTestContext t;
-    t.ctx.state.helpTextDB = t.newHelpDb(false);
-    const QStringList names{QStringLiteral("日本語 \"JP\""), QStringLiteral("GERMAN"), QStringLiteral("  ENGLISH ")};
-    for (int number : {1041, 1031, 1033})
-        addLanguage(t.ctx.state.helpTextDB, number, names[number == 1041 ? 0 : number == 1031 ? 1 : 2]);
-    QStringList list;
-    EXPECT_EQ(GetLanguageList(t.ctx, list), 3);
-    EXPECT_EQ(list, (QStringList{names[1], names[2], names[0]}));
-}
-
 TEST(ConnectToDB_Helptext, ReturnsTheChoiceAndWarnsAboutTheReadOnlyBox)
 {
     const QString chosen = QStringLiteral("/data/Help.mdb");
