@@ -1,6 +1,5 @@
 #pragma once
-// Readable failure output for Qt strings in GoogleTest assertions, and the
-// pieces of the case tables (a struct with a `name`, one row per case).
+// Readable failure output for Qt strings in GoogleTest assertions.
 
 #include <QByteArray>
 #include <QString>
@@ -32,12 +31,3 @@ inline void PrintTo(const QString &s, std::ostream *os)
     }
     *os << '"';
 }
-
-namespace ht::test
-{
-template <class Case> struct Table : ::testing::TestWithParam<Case> {
-};
-struct ByName {
-    template <class Case> std::string operator()(const ::testing::TestParamInfo<Case> &i) const { return i.param.name; }
-};
-} // namespace ht::test

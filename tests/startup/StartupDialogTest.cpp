@@ -42,13 +42,6 @@ class Startup : public ::testing::Test
         if (withTree)
             test::makeMachineTree(root.path());
     }
-    // A workstation whose settings name a language database and the help directory.
-    void workstationWithLanguages()
-    {
-        test::makeDemoLanguageDB(root.filePath("Languages.mdb"));
-        test::writeText(userIni(),
-                        QString("[Setup]\nStandardLangLookupDB=%1/Languages.mdb\nHelpMainDir=%1/\n").arg(root.path()));
-    }
     QString log() const { return QString::fromUtf8(test::readFileBytes(errorLogPath(t.ctx))); }
 
     // Runs load and first activation; returns the exit code when the program ended.
@@ -86,7 +79,7 @@ TEST_F(Startup, BuildWithoutVariantIsRefused)
 // Machine PC: which standard paths are taken, or what ends the program.
 struct PathCase {
     const char *name;
-    QStringList files;         // created below <root>/Program ("Help/" makes the directory)
+    QString files;             // created below <root>/Program, blank-separated ("Help/" makes the directory)
     const char *iniLine;       // in [Setup] of the program's own settings file; %R = root
     const char *expectedIndex; // below <root>/Program; "" when the run must end
     const char *expectedLog;   // in the error log; %R = root
@@ -99,7 +92,7 @@ TEST_P(MachinePCPaths, FallBackToTheConstantPaths)
 {
     const PathCase &c = GetParam();
     onMachinePC(false);
-    for (const QString &f : c.files)
+    for (const QString &f : c.files.split(' ', Qt::SkipEmptyParts))
         f.endsWith('/') ? void(QDir().mkpath(program(f))) : test::writeText(program(f), "x");
     test::writeText(program("Tools/helptext.ini"), QString("[Setup]\n%1\n").arg(c.iniLine).replace("%R", root.path()));
 
@@ -122,36 +115,23 @@ TEST_P(MachinePCPaths, FallBackToTheConstantPaths)
     EXPECT_TRUE(t.ctx.state.standardHelpDir.endsWith('/'));
 }
 
-const QStringList kAll{"Helptext.mdb", "Scopia.mdb", "Scopia.vws", "Tools/Languages.mdb", "Help/"};
-
 INSTANTIATE_TEST_SUITE_P(
     Cases, MachinePCPaths,
     ::testing::Values(
-        PathCase{"Nothing", {}, "", "", "File not found: %R/Program/Helptext.mdb"},
-        PathCase{"MdbPreferred", kAll, "", "Scopia.mdb", ""},
-        PathCase{"VwsWhenNoMdb", {"Helptext.mdb", "Scopia.vws", "Tools/Languages.mdb", "Help/"}, "", "Scopia.vws", ""},
-        PathCase{"NoIndexText",
-                 {"Helptext.mdb", "Tools/Languages.mdb", "Help/"},
-                 "",
-                 "",
+        PathCase{"Nothing", "", "", "", "File not found: %R/Program/Helptext.mdb"},
+        PathCase{"MdbPreferred", "Helptext.mdb Scopia.mdb Scopia.vws Tools/Languages.mdb Help/", "", "Scopia.mdb", ""},
+        PathCase{"VwsWhenNoMdb", "Helptext.mdb Scopia.vws Tools/Languages.mdb Help/", "", "Scopia.vws", ""},
+        PathCase{"NoIndexText", "Helptext.mdb Tools/Languages.mdb Help/", "", "",
                  "File not found: %R/Program/Scopia.vws"},
-        PathCase{"NoLanguages",
-                 {"Helptext.mdb", "Scopia.mdb", "Help/"},
-                 "",
-                 "",
+        PathCase{"NoLanguages", "Helptext.mdb Scopia.mdb Help/", "", "",
                  "File not found: %R/Program/Tools/Languages.mdb"},
-        PathCase{"NoHelpDir",
-                 {"Helptext.mdb", "Scopia.mdb", "Tools/Languages.mdb"},
-                 "",
-                 "",
+        PathCase{"NoHelpDir", "Helptext.mdb Scopia.mdb Tools/Languages.mdb", "", "",
                  "Directory not found: %R/Program/Help/"},
-        PathCase{"SettingNamesMissingFile", kAll, "StandardIndexTextDB=%R/elsewhere/Gone.vws", "Scopia.mdb", ""},
-        PathCase{"SettingNamesExistingFile",
-                 {"Helptext.mdb", "Tools/Languages.mdb", "Help/", "../elsewhere/Other.vws"},
-                 "StandardIndexTextDB=%R/elsewhere/Other.vws",
-                 "../elsewhere/Other.vws",
-                 ""}),
-    test::ByName());
+        PathCase{"SettingNamesMissingFile", "Helptext.mdb Scopia.mdb Tools/Languages.mdb Help/",
+                 "StandardIndexTextDB=%R/elsewhere/Gone.vws", "Scopia.mdb", ""},
+        PathCase{"SettingNamesExistingFile", "Helptext.mdb Tools/Languages.mdb Help/ ../elsewhere/Other.vws",
+                 "StandardIndexTextDB=%R/elsewhere/Other.vws", "../elsewhere/Other.vws", ""}),
+    [](const auto &info) { return std::string(info.param.name); });
 
 TEST_F(Startup, WorkstationReadsNoStandardPathAndKeepsTheGenerateFlags)
 {
@@ -228,43 +208,40 @@ TEST_F(Startup, WorkstationAsksForTheLanguageDatabase)
 }
 
 // ContinuePrg: what is shown and unloaded, by variant and Info caller.
-struct ContinueCase {
-    const char *mode;
-    bool infoBox, armed;
-    QStringList events;
-    bool callerKept;
-};
-class ContinuePrg : public Startup, public ::testing::WithParamInterface<ContinueCase>
+TEST_F(Startup, ContinuePrgHandsOverOrCloses)
 {
-};
-
-TEST_P(ContinuePrg, HandsOverOrCloses)
-{
-    const ContinueCase &c = GetParam();
-    workstationWithLanguages();
-    session.compileOption = c.mode;
-    QObject caller;
-    if (c.infoBox)
-        session.infoCaller = &caller;
-    if (c.armed)
-        ASSERT_EQ(start(), std::nullopt) << qPrintable(log());
-    else
-        dialog.Form_Load();
-    EXPECT_EQ(dialog.continueArmed(), c.armed);
-    dialog.Timer_Timer();
-    EXPECT_EQ(view.events, c.events);
-    EXPECT_EQ(session.infoCaller != nullptr, c.callerKept);
-    if (c.armed)
-        EXPECT_EQ(view.showSettingsEnabled, c.infoBox);
+    const struct {
+        const char *mode;
+        bool infoBox, armed;
+        QStringList events;
+        bool callerKept;
+    } cases[] = {{"EDIT", false, true, {"show:EDIT", "unload"}, false},
+                 {"EDIT", true, true, {"unload"}, false},
+                 {"IMPORT", false, true, {"unload", "show:IMPORT", "unload"}, false},
+                 {"IMPORT", true, true, {"unload", "show:IMPORT", "unload"}, true},
+                 {"EDIT", false, false, {"show:EDIT", "unload"}, false}};
+    test::makeDemoLanguageDB(root.filePath("Languages.mdb"));
+    test::writeText(userIni(),
+                    QString("[Setup]\nStandardLangLookupDB=%1/Languages.mdb\nHelpMainDir=%1/\n").arg(root.path()));
+    for (const auto &c : cases) {
+        SCOPED_TRACE(std::string(c.mode) + (c.infoBox ? " info box" : "") + (c.armed ? " armed" : ""));
+        test::TestContext tc;
+        QObject caller;
+        StartupSession s{.compileOption = c.mode, .infoCaller = c.infoBox ? &caller : nullptr};
+        test::HeadlessView v;
+        StartupDialog d(tc.ctx, s, v);
+        if (c.armed)
+            ASSERT_EQ(start(d), std::nullopt) << qPrintable(tc.errorLog());
+        else
+            d.Form_Load();
+        EXPECT_EQ(d.continueArmed(), c.armed);
+        d.Timer_Timer();
+        EXPECT_EQ(v.events, c.events);
+        EXPECT_EQ(s.infoCaller != nullptr, c.callerKept);
+        if (c.armed)
+            EXPECT_EQ(v.showSettingsEnabled, c.infoBox);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Paths, ContinuePrg,
-    ::testing::Values(ContinueCase{"EDIT", false, true, {"show:EDIT", "unload"}, false},
-                      ContinueCase{"EDIT", true, true, {"unload"}, false},
-                      ContinueCase{"IMPORT", false, true, {"unload", "show:IMPORT", "unload"}, false},
-                      ContinueCase{"IMPORT", true, true, {"unload", "show:IMPORT", "unload"}, true},
-                      ContinueCase{"EDIT", false, false, {"show:EDIT", "unload"}, false}));
 
 TEST_F(Startup, InfoBoxKeepsTheCurrentKindAfterHandOver)
 {
