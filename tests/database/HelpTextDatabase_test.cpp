@@ -32,32 +32,6 @@ const QString kOddFolder = QStringLiteral("Mäschine \"A\" 100% ' machine");
 
 } // namespace
 
-// With and without material change; the first runs on the machine PC, where the path is not saved.
-class CheckConnectionTemplates : public ::testing::TestWithParam<bool>
-{
-};
-
-TEST_P(CheckConnectionTemplates, AcceptsAFreshDatabaseAndReadsItsShape)
-{
-    DbTestContext t;
-    const bool materialChange = GetParam();
-    ASSERT_TRUE(QDir(t.dir.path()).mkpath(kOddFolder));
-    const QString db = t.path(kOddFolder + QStringLiteral("/Help text.v2.mdb"));
-    makeHelpTextDb(db, materialChange);
-    t.ctx.state.materialChangePresent = !materialChange;
-    t.ctx.state.runningOnMachinePC = materialChange;
-
-    EXPECT_EQ(CheckConnection(t.ctx, db), db);
-    EXPECT_EQ(t.ctx.state.helpTextDB, db);
-    EXPECT_EQ(t.ctx.state.materialChangePresent, materialChange);
-    EXPECT_EQ(t.ctx.state.maxItems, (std::array<long, 4>{0, 256, 256, 1000}));
-    EXPECT_EQ(savedHelpTextDb(t), materialChange ? QString() : db);
-    EXPECT_TRUE(t.ui.shown.empty());
-    EXPECT_TRUE(t.ctx.state.lastBackupPath.isEmpty()) << "nothing to rebuild, so no backup";
-}
-
-INSTANTIATE_TEST_SUITE_P(WithAndWithoutMaterialChange, CheckConnectionTemplates, ::testing::Bool());
-
 // Each case spoils a good database in one way.
 struct BadInput {
     const char *name;
@@ -116,66 +90,50 @@ INSTANTIATE_TEST_SUITE_P(
         BadInput{"WriteProtected", [](const QString &p) { writeFileBytes(p, readFileBytes(p).replace(18, 1, "\3")); }}),
     [](const ::testing::TestParamInfo<BadInput> &info) { return std::string(info.param.name); });
 
-TEST(CheckConnection, NumericMachineTypesBecomeTextKeepingTheirValues)
+// An older database: numeric machine types, a machine-type conversion that stopped
+// half-way, a stale language font and a longer alarm count than the tables hold.
+TEST(CheckConnection, BringsAnOlderDatabaseUpToDateKeepingItsData)
 {
     DbTestContext t;
     const QString db = t.newHelpDb();
+    addLanguage(db, 1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 8"));
+    t.ctx.state.langLookupDB = t.path(QStringLiteral("Languages.mdb"));
+    makeLookupDb(t.ctx.state.langLookupDB,
+                 {{1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 10 400"), QStringLiteral("00000407"), 1252}});
     {
         auto d = openRW(db);
-        d->exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = '5' WHERE AlarmID <= 256"));
-        d->exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = '17' WHERE AlarmID BETWEEN 513 AND 768"));
-        d->exec(QStringLiteral("UPDATE WarningDefinition SET MachineType = '5' WHERE WarningID <= 256"));
-        for (const char *table : {"AlarmDefinition", "WarningDefinition", "MaterialChangeDefinition"})
+        d->execScript(QStringLiteral(
+            "UPDATE DBSys SET Data = '300' WHERE Item = 'MaxLenAlarm';"
+            "UPDATE MaterialChangeDefinition SET MachineType = '5' WHERE MaterialChangeID <= 1000;"
+            "UPDATE MaterialChangeDefinition SET MachineType = '17' WHERE MaterialChangeID BETWEEN 2001 AND 3000;"));
+        for (const char *table : {"AlarmDefinition", "MaterialChangeDefinition"})
             d->changeColumnType(QLatin1String(table), QStringLiteral("MachineType"), QStringLiteral("INTEGER"));
+        // What a conversion leaves when it stops after creating the new column.
+        d->renameColumn(QStringLiteral("WarningDefinition"), QStringLiteral("MachineType"),
+                        QStringLiteral("MachineType_Old"));
+        d->addColumn(QStringLiteral("WarningDefinition"), QStringLiteral("MachineType"), QStringLiteral("TEXT"));
+        d->execScript(QStringLiteral("UPDATE WarningDefinition SET MachineType = MachineType_Old WHERE WarningID <= 10;"
+                                     "UPDATE WarningDefinition SET MachineType_Old = 'M7' WHERE WarningID > 1000;"));
     }
-    const QString all = QStringLiteral("SELECT AlarmID, MachineType, AlarmNo FROM AlarmDefinition ORDER BY AlarmID");
-    const QStringList before = dump(db, all);
+    const QString mc = QStringLiteral("SELECT MaterialChangeID, MachineType, MaterialChangeNo FROM "
+                                      "MaterialChangeDefinition ORDER BY 1");
+    const QStringList mcBefore = dump(db, mc);
     const QString types = QStringLiteral("SELECT DISTINCT typeof(MachineType) FROM %1");
-    ASSERT_EQ(dump(db, types.arg(QStringLiteral("AlarmDefinition"))), QStringList{QStringLiteral("integer")});
+    ASSERT_EQ(dump(db, types.arg(QStringLiteral("MaterialChangeDefinition"))), QStringList{QStringLiteral("integer")});
 
     ASSERT_EQ(CheckConnection(t.ctx, db), db);
 
     for (const char *table : {"AlarmDefinition", "WarningDefinition", "MaterialChangeDefinition"})
         EXPECT_EQ(dump(db, types.arg(QLatin1String(table))), QStringList{QStringLiteral("text")}) << table;
-    EXPECT_EQ(dump(db, all), before);
-}
-
-TEST(CheckConnection, AnInterruptedConversionIsFinished)
-{
-    DbTestContext t;
-    const QString db = t.newHelpDb();
-    {
-        // What a conversion leaves when it stops after creating the new column.
-        auto d = openRW(db);
-        d->renameColumn(QStringLiteral("WarningDefinition"), QStringLiteral("MachineType"),
-                        QStringLiteral("MachineType_Old"));
-        d->addColumn(QStringLiteral("WarningDefinition"), QStringLiteral("MachineType"), QStringLiteral("TEXT"));
-        d->exec(QStringLiteral("UPDATE WarningDefinition SET MachineType = MachineType_Old WHERE WarningID <= 10"));
-        d->exec(QStringLiteral("UPDATE WarningDefinition SET MachineType_Old = 'M7' WHERE WarningID > 1000"));
-    }
-    ASSERT_EQ(CheckConnection(t.ctx, db), db);
+    EXPECT_EQ(dump(db, mc), mcBefore);
     EXPECT_FALSE(openRW(db)->hasColumn(QStringLiteral("WarningDefinition"), QStringLiteral("MachineType_Old")));
     EXPECT_EQ(dump(db, QStringLiteral("SELECT MachineType, COUNT(*) FROM WarningDefinition GROUP BY 1 ORDER BY 1")),
               (QStringList{QStringLiteral("0|1000"), QStringLiteral("M7|280")}));
-}
-
-TEST(CheckConnection, BringsFontsAndTooShortTablesUpToDate)
-{
-    DbTestContext t;
-    const QString db = t.newHelpDb();
-    addLanguage(db, 1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 8"));
-    openRW(db)->exec(QStringLiteral("UPDATE DBSys SET Data = '300' WHERE Item = 'MaxLenAlarm'"));
-    t.ctx.state.langLookupDB = t.path(QStringLiteral("Languages.mdb"));
-    makeLookupDb(t.ctx.state.langLookupDB,
-                 {{1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 10 400"), QStringLiteral("00000407"), 1252}});
-
-    ASSERT_EQ(CheckConnection(t.ctx, db), db);
-
+    EXPECT_EQ(dump(db, QStringLiteral("SELECT Font, KBLayout FROM Language")),
+              QStringList{QStringLiteral("Arial 10 400|00000407")});
     EXPECT_EQ(t.ctx.state.maxItems[KindAlarms], 300);
     EXPECT_EQ(dump(db, QStringLiteral("SELECT COUNT(*), MAX(AlarmID) FROM AlarmDefinition")),
               QStringList{QStringLiteral("1500|1500")});
-    EXPECT_EQ(dump(db, QStringLiteral("SELECT Font, KBLayout FROM Language")),
-              QStringList{QStringLiteral("Arial 10 400|00000407")});
     // The backup holds the database as it was before the rebuild.
     EXPECT_EQ(t.ctx.state.lastBackupPath, t.path(QStringLiteral("Help_BACKUP.sav")));
     EXPECT_EQ(dump(t.ctx.state.lastBackupPath, QStringLiteral("SELECT COUNT(*) FROM AlarmDefinition")),
@@ -229,7 +187,7 @@ TEST(JetHelpText, AFailedCheckLeavesEveryFileAsItWas)
     }
 }
 
-TEST(CreateDBBackup, NumbersFurtherBackupsAndKeepsTheFirst)
+TEST(CreateDBBackup, NumbersFurtherBackupsKeepsTheFirstAndReportsAFailedCopy)
 {
     DbTestContext t;
     ASSERT_TRUE(QDir(t.dir.path()).mkpath(kOddFolder));
@@ -252,22 +210,13 @@ TEST(CreateDBBackup, NumbersFurtherBackupsAndKeepsTheFirst)
     EXPECT_EQ(readFileBytes(base + QStringLiteral("1.sav")), second);
     EXPECT_NE(first, second);
     EXPECT_TRUE(t.ui.shown.empty());
-}
 
-TEST(CreateDBBackup, AFailedCopyIsReportedAndLoggedOnTheMachinePc)
-{
-    for (const bool machinePc : {false, true}) {
-        DbTestContext t;
-        t.ctx.state.runningOnMachinePC = machinePc;
-        t.ctx.state.helpTextDB = t.path(QStringLiteral("Gone.mdb"));
-        EXPECT_FALSE(CreateDBBackup(t.ctx));
-        const QString text = QStringLiteral("Could not create backup-database") + LFCR +
-                             QStringLiteral("Error on copying ") + LFCR + t.ctx.state.helpTextDB +
-                             QStringLiteral(" to ") + LFCR + t.path(QStringLiteral("Gone_BACKUP.sav"));
-        EXPECT_EQ(t.ui.messageTexts(), machinePc ? QStringList() : QStringList{text});
-        EXPECT_EQ(t.errorLog(), machinePc ? text + QStringLiteral("\r\n") : QString());
-        EXPECT_TRUE(t.ctx.state.lastBackupPath.isEmpty());
-    }
+    t.ctx.state.helpTextDB = t.path(QStringLiteral("Gone.mdb"));
+    EXPECT_FALSE(CreateDBBackup(t.ctx));
+    EXPECT_EQ(t.ui.messageTexts(),
+              QStringList{QStringLiteral("Could not create backup-database") + LFCR +
+                          QStringLiteral("Error on copying ") + LFCR + t.ctx.state.helpTextDB + QStringLiteral(" to ") +
+                          LFCR + t.path(QStringLiteral("Gone_BACKUP.sav"))});
 }
 
 TEST(GetMachineList, NamesRoundTripExactlyAndFreeRowsAreNoMachine)
@@ -296,24 +245,4 @@ TEST(GetMachineList, NamesRoundTripExactlyAndFreeRowsAreNoMachine)
     list.sort();
     names.sort();
     EXPECT_EQ(list, names);
-}
-
-TEST(ConnectToDB_Helptext, ReturnsTheChoiceAndWarnsAboutTheReadOnlyBox)
-{
-    const QString chosen = QStringLiteral("/data/Help.mdb");
-    const std::tuple<ScriptedUserInterface::Reply, QString, bool> cases[] = {
-        {OpenFileChoice{chosen, false}, chosen, false},
-        {OpenFileChoice{chosen, true}, chosen, true},
-        {std::monostate{}, QString(), false}};
-    for (const auto &[reply, expected, warned] : cases) {
-        DbTestContext t;
-        t.ui.push(reply);
-        EXPECT_EQ(ConnectToDB_Helptext(t.ctx), expected);
-        ASSERT_EQ(t.ui.shown.size(), warned ? 2u : 1u);
-        EXPECT_EQ(t.ui.shown[0].title, QStringLiteral("Select helptext database"));
-        EXPECT_TRUE(t.ui.shown[0].text.startsWith(
-            QStringLiteral("MS Access *.mdb (NT-Version)|*.mdb|MS Access *.vws (XP-Version)|*.vws")));
-        if (warned)
-            EXPECT_EQ(t.ui.shown[1].text, QStringLiteral("Cannot open as \"Writeonly.\"\n\rProtection removed!"));
-    }
 }

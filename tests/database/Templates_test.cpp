@@ -1,7 +1,9 @@
 // The template databases made at build time and the tool that makes them.
+#include "common/IniFile.h"
 #include "database/HelpTextDatabase.h"
 #include "database/HelpTextFixture.h"
 
+#include <QDir>
 #include <QFile>
 #include <QProcess>
 #include <gtest/gtest.h>
@@ -33,18 +35,30 @@ class TemplateDatabase : public ::testing::TestWithParam<bool>
 
 } // namespace
 
-TEST_P(TemplateDatabase, HasFiveFreeBlocksAndNoLanguage)
+TEST_P(TemplateDatabase, IsAcceptedWithFiveFreeBlocksAndNoLanguage)
 {
     const bool materialChange = GetParam();
     const QString name = materialChange ? QStringLiteral("HelpTextMitMaterialchange.mdb")
                                         : QStringLiteral("HelpTextOhneMaterialchange.mdb");
+    // In a folder with quotes, percent signs and non-ASCII letters; the second case runs on
+    // the machine PC, where the path is not saved.
     DbTestContext t;
-    const QString db = t.path(name);
+    const QString folder = QStringLiteral("Mäschine \"A\" 100% ' machine");
+    ASSERT_TRUE(QDir(t.dir.path()).mkpath(folder));
+    const QString db = t.path(folder + u'/' + name);
     ASSERT_TRUE(QFile::copy(binDir() + u'/' + name, db)) << "made by the build beside the programs";
     ASSERT_EQ(detectDatabaseFormat(db), DbFormat::SQLite);
+    t.ctx.state.materialChangePresent = !materialChange;
+    t.ctx.state.runningOnMachinePC = materialChange;
 
     EXPECT_EQ(CheckConnection(t.ctx, db), db);
+    EXPECT_EQ(t.ctx.state.helpTextDB, db);
     EXPECT_EQ(t.ctx.state.materialChangePresent, materialChange);
+    EXPECT_EQ(t.ctx.state.maxItems, (std::array<long, 4>{0, 256, 256, 1000}));
+    EXPECT_EQ(profile::readString(t.ini(), QStringLiteral("Setup"), QStringLiteral("StandardHelpTextDB"), QString()),
+              materialChange ? QString() : db);
+    EXPECT_TRUE(t.ui.shown.empty());
+    EXPECT_TRUE(t.ctx.state.lastBackupPath.isEmpty()) << "nothing to rebuild, so no backup";
     EXPECT_EQ(dump(db, QStringLiteral("SELECT Item, Data FROM DBSys ORDER BY Item")),
               (QStringList{QStringLiteral("MaxLenAlarm|256"), QStringLiteral("MaxLenMaterialChange|1000"),
                            QStringLiteral("MaxLenWarning|256")}));
