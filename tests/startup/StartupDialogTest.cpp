@@ -1,7 +1,6 @@
 // The start-up dialog's logic, driven through a headless window with scripted answers.
 #include "StartupTestSupport.h"
 
-#include "common/ErrorLog.h"
 #include "common/IniFile.h"
 #include "common/QtPrinters.h"
 #include "startup/StartupDialog.h"
@@ -26,7 +25,6 @@ class Startup : public ::testing::Test
         qputenv("XDG_CONFIG_HOME", root.filePath("config").toUtf8());
         qunsetenv("SystemRoot");
         QDir().mkpath(program("Tools"));
-        session.compileOption = "EDIT";
     }
     void TearDown() override
     {
@@ -42,7 +40,6 @@ class Startup : public ::testing::Test
         if (withTree)
             test::makeMachineTree(root.path());
     }
-    QString log() const { return QString::fromUtf8(test::readFileBytes(errorLogPath(t.ctx))); }
 
     // Runs load and first activation; returns the exit code when the program ended.
     std::optional<int> start(StartupDialog &d)
@@ -59,7 +56,7 @@ class Startup : public ::testing::Test
 
     QTemporaryDir root;
     test::TestContext t;
-    StartupSession session;
+    StartupSession session{.compileOption = "EDIT"};
     test::HeadlessView view;
     StartupDialog dialog{t.ctx, session, view};
 };
@@ -84,6 +81,10 @@ struct PathCase {
     const char *expectedIndex; // below <root>/Program; "" when the run must end
     const char *expectedLog;   // in the error log; %R = root
 };
+void PrintTo(const PathCase &c, std::ostream *os)
+{
+    *os << c.name;
+}
 class MachinePCPaths : public Startup, public ::testing::WithParamInterface<PathCase>
 {
 };
@@ -104,7 +105,7 @@ TEST_P(MachinePCPaths, FallBackToTheConstantPaths)
             return true;
         }
     }();
-    EXPECT_TRUE(log().contains(QString(c.expectedLog).replace("%R", root.path()))) << qPrintable(log());
+    EXPECT_TRUE(t.errorLog().contains(QString(c.expectedLog).replace("%R", root.path()))) << qPrintable(t.errorLog());
     EXPECT_EQ(ended, *c.expectedIndex == 0);
     if (ended)
         return;
@@ -133,29 +134,10 @@ INSTANTIATE_TEST_SUITE_P(
                  "StandardIndexTextDB=%R/elsewhere/Other.vws", "../elsewhere/Other.vws", ""}),
     [](const auto &info) { return std::string(info.param.name); });
 
-TEST_F(Startup, WorkstationReadsNoStandardPathAndKeepsTheGenerateFlags)
-{
-    test::writeText(userIni(),
-                    "[Setup]\nStandardHelpTextDB=" + program("Helptext.mdb") + "\nGenerateHTMLAfterEditAlarm=TRUE\n");
-    test::writeText(program("Helptext.mdb"), "x");
-    dialog.Form_Load();
-    EXPECT_FALSE(t.ctx.state.runningOnMachinePC || t.ctx.state.unattended);
-    EXPECT_EQ(t.ctx.state.iniPath, userIni());
-    EXPECT_TRUE(t.ctx.state.standardHelpTextDB.isEmpty());
-    EXPECT_TRUE(view.scopiaVersion.isEmpty());
-    EXPECT_TRUE(t.ctx.state.generateAfterEditAlarm);
-    EXPECT_FALSE(t.ctx.state.generateAfterEditWarnings);
-    // All three keys are written back so that the user's file always holds them.
-    const QString ini = QString::fromUtf8(test::readFileBytes(userIni()));
-    for (const char *line : {"GenerateHTMLAfterEditAlarm=true", "GenerateHTMLAfterEditWarnings=false",
-                             "GenerateHTMLAfterEditMaterialChange=false"})
-        EXPECT_TRUE(ini.contains(line)) << qPrintable(ini);
-}
-
-TEST_F(Startup, MachinePCSettingsListAndCountdown)
+TEST_F(Startup, MachinePCSettingsListCountdownAndInfoBox)
 {
     onMachinePC();
-    ASSERT_EQ(start(), std::nullopt) << qPrintable(log());
+    ASSERT_EQ(start(), std::nullopt) << qPrintable(t.errorLog());
     const auto q = [](const QString &s) { return '"' + s + '"'; };
     EXPECT_EQ(view.settings, QStringList({"User-ini-file :", q(program("Tools/helptext.ini")),
                                           "Helptext-Database :", q(t.ctx.state.helpTextDB),
@@ -168,6 +150,25 @@ TEST_F(Startup, MachinePCSettingsListAndCountdown)
     EXPECT_TRUE(dialog.continueArmed() && t.ctx.state.startupChecksDone);
     EXPECT_FALSE(view.showSettingsEnabled);
     EXPECT_TRUE(t.ui.shown.empty());
+
+    // Shown again as the Info box after the hand-over, the dialog keeps the current kind.
+    dialog.CommandOK_Click();
+    bool cancel = true;
+    dialog.Form_Unload(cancel);
+    EXPECT_FALSE(cancel);
+    t.ctx.state.currentKind = KindWarnings;
+
+    QObject editor;
+    session.infoCaller = &editor;
+    test::HeadlessView infoView;
+    StartupDialog info(t.ctx, session, infoView);
+    ASSERT_EQ(start(info), std::nullopt);
+    EXPECT_EQ(t.ctx.state.currentKind, KindWarnings);
+    EXPECT_TRUE(infoView.showSettingsEnabled);
+    info.CommandShowSettings_Click();
+    EXPECT_TRUE(infoView.settingsVisible);
+    info.LabelTitle_Click();
+    EXPECT_EQ(infoView.events, QStringList{"unload"});
 }
 
 TEST_F(Startup, MachinePCWithBrokenHelpTextDatabaseEndsSilently)
@@ -175,8 +176,8 @@ TEST_F(Startup, MachinePCWithBrokenHelpTextDatabaseEndsSilently)
     onMachinePC();
     test::writeText(program("Helptext.mdb"), "not a database");
     EXPECT_EQ(start(), 1);
-    EXPECT_TRUE(log().contains("Helptext database \"" + program("Helptext.mdb") + "\" not found or incorrect."))
-        << qPrintable(log());
+    EXPECT_TRUE(t.errorLog().contains("Helptext database \"" + program("Helptext.mdb") + "\" not found or incorrect."))
+        << qPrintable(t.errorLog());
     EXPECT_TRUE(t.ui.shown.empty());
 }
 
@@ -195,16 +196,28 @@ TEST_F(Startup, WorkstationAsksForTheLanguageDatabase)
     }
     const QString languages = root.filePath("Languages.mdb");
     test::makeDemoLanguageDB(languages);
-    test::writeText(userIni(), "[Setup]\nHelpMainDir=" + root.path() + "/\n");
+    test::writeText(program("Helptext.mdb"), "x");
+    test::writeText(userIni(), "[Setup]\nHelpMainDir=" + root.path() + "/\nStandardHelpTextDB=" +
+                                   program("Helptext.mdb") + "\nGenerateHTMLAfterEditAlarm=TRUE\n");
     t.ui.push(std::monostate{}); // file dialog cancelled
     t.ui.push(Answer::Retry);
     t.ui.push(OpenFileChoice{languages, false});
-    ASSERT_EQ(start(), std::nullopt) << qPrintable(log());
+    ASSERT_EQ(start(), std::nullopt) << qPrintable(t.errorLog());
     EXPECT_EQ(t.ui.messageTexts(), QStringList{"Language-definition database not found or incorrect!"});
     EXPECT_EQ(t.ctx.state.langLookupDB, languages);
     EXPECT_EQ(LoadIniString(t.ctx, "Setup", "StandardLangLookupDB", userIni()), languages);
     EXPECT_EQ(t.ctx.state.helpMainDir, root.path() + '/');
     EXPECT_TRUE(t.ctx.state.helpTextDB.isEmpty()); // the main form connects it
+    // No standard path is read on a workstation; the generate flags are kept and all three written back.
+    EXPECT_FALSE(t.ctx.state.runningOnMachinePC || t.ctx.state.unattended);
+    EXPECT_EQ(t.ctx.state.iniPath, userIni());
+    EXPECT_TRUE(t.ctx.state.standardHelpTextDB.isEmpty() && view.scopiaVersion.isEmpty());
+    EXPECT_TRUE(t.ctx.state.generateAfterEditAlarm);
+    EXPECT_FALSE(t.ctx.state.generateAfterEditWarnings);
+    const QString ini = QString::fromUtf8(test::readFileBytes(userIni()));
+    for (const char *line : {"GenerateHTMLAfterEditAlarm=true", "GenerateHTMLAfterEditWarnings=false",
+                             "GenerateHTMLAfterEditMaterialChange=false"})
+        EXPECT_TRUE(ini.contains(line)) << qPrintable(ini);
 }
 
 // ContinuePrg: what is shown and unloaded, by variant and Info caller.
@@ -241,29 +254,6 @@ TEST_F(Startup, ContinuePrgHandsOverOrCloses)
         if (c.armed)
             EXPECT_EQ(v.showSettingsEnabled, c.infoBox);
     }
-}
-
-TEST_F(Startup, InfoBoxKeepsTheCurrentKindAfterHandOver)
-{
-    onMachinePC();
-    ASSERT_EQ(start(), std::nullopt) << qPrintable(log());
-    dialog.CommandOK_Click();
-    bool cancel = true;
-    dialog.Form_Unload(cancel);
-    EXPECT_FALSE(cancel);
-    t.ctx.state.currentKind = KindWarnings;
-
-    QObject editor;
-    session.infoCaller = &editor;
-    test::HeadlessView infoView;
-    StartupDialog info(t.ctx, session, infoView);
-    ASSERT_EQ(start(info), std::nullopt);
-    EXPECT_EQ(t.ctx.state.currentKind, KindWarnings);
-    EXPECT_TRUE(infoView.showSettingsEnabled);
-    info.CommandShowSettings_Click();
-    EXPECT_TRUE(infoView.settingsVisible);
-    info.LabelTitle_Click();
-    EXPECT_EQ(infoView.events, QStringList{"unload"});
 }
 
 TEST_F(Startup, UnloadDuringPageWritingAsksToAbort)
