@@ -38,6 +38,11 @@ struct BadInput {
     std::function<void(const QString &path)> spoil;
 };
 
+void PrintTo(const BadInput &c, std::ostream *os)
+{
+    *os << c.name;
+}
+
 class CheckConnectionBadInput : public ::testing::TestWithParam<BadInput>
 {
 };

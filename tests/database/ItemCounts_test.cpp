@@ -27,6 +27,11 @@ struct CountCase {
     bool import = false; // the importer, with 12 alarms or warnings added
 };
 
+void PrintTo(const CountCase &c, std::ostream *os)
+{
+    *os << c.name;
+}
+
 class GetDBSysMaxLenItemsTest : public ::testing::TestWithParam<CountCase>
 {
 };
@@ -92,6 +97,11 @@ struct LengthCase {
     const char *rowsAfter; // alarm, alarm text, warning, material-change definitions
 };
 
+void PrintTo(const LengthCase &c, std::ostream *os)
+{
+    *os << c.name;
+}
+
 class CorrectDBLengthTest : public ::testing::TestWithParam<LengthCase>
 {
 };
@@ -137,6 +147,11 @@ struct KindCase {
     long oldCount; // rows per block in the template
     long newCount;
 };
+
+void PrintTo(const KindCase &c, std::ostream *os)
+{
+    *os << c.word;
+}
 
 class Rebuild : public ::testing::TestWithParam<KindCase>
 {
@@ -221,6 +236,11 @@ struct FailureCase {
     const char *spoil; // SQL run before the rebuild
     long count;
 };
+
+void PrintTo(const FailureCase &c, std::ostream *os)
+{
+    *os << c.name;
+}
 
 class RebuildFailure : public ::testing::TestWithParam<FailureCase>
 {

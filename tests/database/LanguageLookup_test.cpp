@@ -24,6 +24,11 @@ struct FontCase {
     QStringList expected; // without the padding to eight elements
 };
 
+void PrintTo(const FontCase &c, std::ostream *os)
+{
+    *os << '"' << c.spec << '"';
+}
+
 class FontSpecs : public ::testing::TestWithParam<FontCase>
 {
 };
