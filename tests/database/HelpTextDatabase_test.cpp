@@ -1,6 +1,5 @@
 // Choosing, checking, backing up and listing the help-text database, each on a
 // real SQLite file.
-#include "common/IniFile.h"
 #include "common/Messages.h"
 #include "database/HelpTextDatabase.h"
 #include "database/HelpTextFixture.h"
@@ -21,14 +20,6 @@ QString failureText(const QString &path)
     return QStringLiteral("Error connecting Database \"") + path +
            QStringLiteral("\"! Database either has wrong structure or is writeprotected.");
 }
-
-QString savedHelpTextDb(const DbTestContext &t)
-{
-    return profile::readString(t.ini(), QStringLiteral("Setup"), QStringLiteral("StandardHelpTextDB"), QString());
-}
-
-// Names with quotes, percent signs, slashes and non-ASCII letters.
-const QString kOddFolder = QStringLiteral("Mäschine \"A\" 100% ' machine");
 
 } // namespace
 
@@ -158,7 +149,7 @@ TEST(JetHelpText, AnEarlierConversionIsUsedAndNamed)
     EXPECT_EQ(CheckConnection(t.ctx, jet), sqlite);
 
     EXPECT_EQ(t.ctx.state.helpTextDB, sqlite);
-    EXPECT_EQ(savedHelpTextDb(t), sqlite);
+    EXPECT_EQ(t.savedHelpTextDb(), sqlite);
     ASSERT_EQ(t.ui.shown.size(), 1u);
     EXPECT_TRUE(t.ui.shown[0].text.contains(u'"' + sqlite + u'"'));
     EXPECT_EQ(t.ui.shown[0].icon, Icon::Information);
@@ -195,11 +186,12 @@ TEST(JetHelpText, AFailedCheckLeavesEveryFileAsItWas)
 TEST(CreateDBBackup, NumbersFurtherBackupsKeepsTheFirstAndReportsAFailedCopy)
 {
     DbTestContext t;
-    ASSERT_TRUE(QDir(t.dir.path()).mkpath(kOddFolder));
-    const QString db = t.path(kOddFolder + QStringLiteral("/Help text.v2.mdb"));
+    const QString folder = QStringLiteral("Mäschine \"A\" 100% ' machine"); // quotes, %, non-ASCII
+    ASSERT_TRUE(QDir(t.dir.path()).mkpath(folder));
+    const QString db = t.path(folder + QStringLiteral("/Help text.v2.mdb"));
     makeHelpTextDb(db, false);
     t.ctx.state.helpTextDB = db;
-    const QString base = t.path(kOddFolder + QStringLiteral("/Help text.v2_BACKUP"));
+    const QString base = t.path(folder + QStringLiteral("/Help text.v2_BACKUP"));
     const QByteArray first = readFileBytes(db);
 
     ASSERT_TRUE(CreateDBBackup(t.ctx));

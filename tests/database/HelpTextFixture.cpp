@@ -1,5 +1,7 @@
 #include "database/HelpTextFixture.h"
 
+#include "common/IniFile.h"
+
 #include <QDir>
 
 namespace ht::test
@@ -102,6 +104,11 @@ QStringList dump(const QString &path, const QString &sql)
         lines << values.join(u'|');
     }
     return lines;
+}
+
+QString DbTestContext::savedHelpTextDb() const
+{
+    return profile::readString(ini(), QStringLiteral("Setup"), QStringLiteral("StandardHelpTextDB"), QString());
 }
 
 QString DbTestContext::newHelpDb(bool materialChange) const

@@ -41,6 +41,7 @@ QStringList dump(const QString &path, const QString &sql);
 struct DbTestContext : TestContext {
     DbTestContext() { ctx.state.iniPath = ini(); }
     QString ini() const { return path(QStringLiteral("helptext.ini")); }
+    QString savedHelpTextDb() const; // the path remembered in the settings file
     // "Help.mdb" in the directory, made new.
     QString newHelpDb(bool materialChange = true) const;
     // Answers the "Unexpected error ... Continue?" question with Yes, so that a

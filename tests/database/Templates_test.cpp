@@ -1,5 +1,4 @@
 // The template databases made at build time and the tool that makes them.
-#include "common/IniFile.h"
 #include "database/HelpTextDatabase.h"
 #include "database/HelpTextFixture.h"
 
@@ -55,8 +54,7 @@ TEST_P(TemplateDatabase, IsAcceptedWithFiveFreeBlocksAndNoLanguage)
     EXPECT_EQ(t.ctx.state.helpTextDB, db);
     EXPECT_EQ(t.ctx.state.materialChangePresent, materialChange);
     EXPECT_EQ(t.ctx.state.maxItems, (std::array<long, 4>{0, 256, 256, 1000}));
-    EXPECT_EQ(profile::readString(t.ini(), QStringLiteral("Setup"), QStringLiteral("StandardHelpTextDB"), QString()),
-              materialChange ? QString() : db);
+    EXPECT_EQ(t.savedHelpTextDb(), materialChange ? QString() : db);
     EXPECT_TRUE(t.ui.shown.empty());
     EXPECT_TRUE(t.ctx.state.lastBackupPath.isEmpty()) << "nothing to rebuild, so no backup";
     EXPECT_EQ(dump(db, QStringLiteral("SELECT Item, Data FROM DBSys ORDER BY Item")),
