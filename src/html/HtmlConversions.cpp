@@ -17,17 +17,17 @@ QString SingleLineDBToMultiLineHTML(Context &ctx, const QString &text)
         // A "/" swallows one blank right after it; a blank after CR LF is kept.
         QString out;
         out.reserve(text.size() + 16);
+        // Copied in runs between the slashes.
         const qsizetype n = text.size();
-        for (qsizetype i = 0; i < n; ++i) {
-            const QChar c = text.at(i);
-            if (c == u'/') {
-                out += kBr;
-                if (i + 1 < n && text.at(i + 1) == u' ')
-                    ++i;
-            } else {
-                out += c;
-            }
+        qsizetype from = 0;
+        for (qsizetype at = text.indexOf(u'/'); at >= 0; at = text.indexOf(u'/', from)) {
+            out.append(text.constData() + from, at - from);
+            out += kBr;
+            from = at + 1;
+            if (from < n && text.at(from) == u' ')
+                ++from;
         }
+        out.append(text.constData() + from, n - from);
         if (!out.contains(QLatin1String("\r\n")))
             return out;
         if (ctx.processEvents)

@@ -69,7 +69,7 @@ struct TextWidthBreaker::FontMeasure {
             it = otherPairs.insert(key, measurePair(a, b));
         return *it;
     }
-    WidthEstimate estimate(const QString &text)
+    WidthEstimate estimate(QStringView text)
     {
         WidthEstimate e;
         for (QChar qc : text) {
@@ -157,22 +157,46 @@ int TextWidthBreaker::textWidthTwips(const QString &text) const
     return pixels * 15;
 }
 
-QStringList splitWordsAtBlanks(const QString &text)
+namespace
 {
-    // A word runs up to the next blank; the blanks after it are skipped. Leading
-    // blanks therefore give one empty first word, trailing blanks nothing.
-    QStringList words;
-    const qsizetype n = text.size();
-    qsizetype pos = 0;
-    do {
-        qsizetype end = text.indexOf(QLatin1Char(' '), pos);
+
+// Walks the words of a text without copying them. A word runs up to the next
+// blank; the blanks after it are skipped. Leading blanks therefore give one
+// empty first word, trailing blanks nothing.
+class WordWalk
+{
+  public:
+    explicit WordWalk(QStringView text) : m_text(text) {}
+    bool next(QStringView &word)
+    {
+        if (m_done)
+            return false;
+        const qsizetype n = m_text.size();
+        qsizetype end = m_text.indexOf(u' ', m_pos);
         if (end < 0)
             end = n;
-        words.append(text.mid(pos, end - pos));
-        pos = end;
-        while (pos < n && text.at(pos) == u' ')
-            ++pos;
-    } while (pos < n);
+        word = m_text.mid(m_pos, end - m_pos);
+        m_pos = end;
+        while (m_pos < n && m_text[m_pos] == u' ')
+            ++m_pos;
+        m_done = m_pos >= n;
+        return true;
+    }
+
+  private:
+    QStringView m_text;
+    qsizetype m_pos = 0;
+    bool m_done = false;
+};
+
+} // namespace
+
+QStringList splitWordsAtBlanks(const QString &text)
+{
+    QStringList words;
+    WordWalk walk(text);
+    for (QStringView word; walk.next(word);)
+        words.append(word.toString());
     return words;
 }
 
@@ -186,12 +210,16 @@ QStringList TextWidthBreaker::TextSingleLineToArray(Context &ctx, const QString 
         // Shaped only when the estimates do not settle the join: a few pixels of
         // slack cover the rounding of the shaped width.
         const double slack = 3 + limitPixels * 0.005;
-        const WidthEstimate blank = m_measure->estimate(QStringLiteral(" "));
-        const QStringList words = splitWordsAtBlanks(text);
-        QStringList lines{words.first()};
-        WidthEstimate line = m_measure->estimate(words.first());
-        for (qsizetype i = 1; i < words.size(); ++i) {
-            const QString &word = words.at(i);
+        const WidthEstimate blank = m_measure->estimate(u" ");
+        WordWalk walk(text);
+        QStringView word;
+        walk.next(word);
+        // The line grows in place; it joins the result when the next one starts.
+        QStringList lines;
+        QString current = word.toString();
+        current.reserve(text.size());
+        WidthEstimate line = m_measure->estimate(word);
+        while (walk.next(word)) {
             const WidthEstimate wordEstimate = m_measure->estimate(word);
             // The blank that joins the word is not part of the measurement.
             const WidthEstimate both = m_measure->joined(line, wordEstimate);
@@ -201,14 +229,17 @@ QStringList TextWidthBreaker::TextSingleLineToArray(Context &ctx, const QString 
             else if (!m_measureEveryJoin && both.usable && both.advances + both.kerning >= limitPixels + slack)
                 breakHere = true;
             else
-                breakHere = textWidthTwips(lines.last() + word) >= limitTwips;
+                breakHere = textWidthTwips(QString(current).append(word)) >= limitTwips;
             if (breakHere) {
-                lines.append(QString());
+                lines.append(current);
+                current.resize(0);
                 line = WidthEstimate();
             }
-            lines.last() += QLatin1Char(' ') + word;
+            current += QLatin1Char(' ');
+            current += word;
             line = m_measure->joined(m_measure->joined(line, blank), wordEstimate);
         }
+        lines.append(current);
         return lines;
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("TextSingleLineToArray"), e);
