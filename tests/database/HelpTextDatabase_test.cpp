@@ -243,3 +243,23 @@ TEST(GetMachineList, NamesRoundTripExactlyAndFreeRowsAreNoMachine)
     names.sort();
     EXPECT_EQ(list, names);
 }
+
+// The program must write, so a database picked "read-only" is used writable and the user is told.
+TEST(ConnectToDB_Helptext, ReadOnlyTickIsOverruledWithAWarningAndCancelGivesNothing)
+{
+    DbTestContext t;
+    const QString db = t.path(QStringLiteral("Help.mdb"));
+    t.ui.push(OpenFileChoice{db, true});
+    EXPECT_EQ(ConnectToDB_Helptext(t.ctx), db);
+    t.ui.push(OpenFileChoice{db, false});
+    EXPECT_EQ(ConnectToDB_Helptext(t.ctx, QStringLiteral("Pick one")), db);
+    t.ui.push(std::monostate{});
+    EXPECT_EQ(ConnectToDB_Helptext(t.ctx), QString());
+
+    ASSERT_EQ(t.ui.shown.size(), 4u);
+    EXPECT_EQ(t.ui.shown[0].title, QStringLiteral("Select helptext database"));
+    EXPECT_EQ(t.ui.shown[1].text, QStringLiteral("Cannot open as \"Writeonly.\"\n\rProtection removed!"));
+    EXPECT_EQ(t.ui.shown[1].icon, Icon::Critical);
+    EXPECT_EQ(t.ui.shown[2].title, QStringLiteral("Pick one"));
+    EXPECT_EQ(t.ui.shown[3].kind, QStringLiteral("openFile"));
+}
