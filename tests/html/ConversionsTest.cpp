@@ -14,107 +14,68 @@ using namespace ht::test;
 namespace
 {
 
-struct TextCase {
-    const char *name;
-    QString in, out;
-};
-
-class SingleLineToHtml : public ::testing::TestWithParam<TextCase>
-{
-};
-
-TEST_P(SingleLineToHtml, TurnsStoredBreaksIntoTags)
+TEST(Conversions, StoredBreaksBecomeTags)
 {
     TestContext tc;
-    EXPECT_EQ(SingleLineDBToMultiLineHTML(tc.ctx, GetParam().in).toStdString(), GetParam().out.toStdString());
+    const std::pair<QString, QString> cases[] = {{u"Open/close"_qs, u"Open<br>close"_qs},
+                                                 {u"Open/ close"_qs, u"Open<br>close"_qs},
+                                                 {u"Open /close"_qs, u"Open <br>close"_qs},
+                                                 {u"a/  b"_qs, u"a<br> b"_qs},
+                                                 {u"end/"_qs, u"end<br>"_qs},
+                                                 {u"end/ "_qs, u"end<br>"_qs},
+                                                 {u"a//b"_qs, u"a<br><br>b"_qs},
+                                                 {u"a/ /b"_qs, u"a<br><br>b"_qs},
+                                                 {u"a\r\nb"_qs, u"a<br>b"_qs},
+                                                 {u"a\r\n b"_qs, u"a<br> b"_qs},
+                                                 {u"a\rb\nc"_qs, u"a\rb\nc"_qs},
+                                                 {QString(), QString()}};
+    for (const auto &[in, out] : cases)
+        EXPECT_EQ(SingleLineDBToMultiLineHTML(tc.ctx, in).toStdString(), out.toStdString()) << in.toStdString();
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, SingleLineToHtml,
-                         ::testing::Values(TextCase{"Slash", u"Open/close"_qs, u"Open<br>close"_qs},
-                                           TextCase{"SlashBlank", u"Open/ close"_qs, u"Open<br>close"_qs},
-                                           TextCase{"BlankSlash", u"Open /close"_qs, u"Open <br>close"_qs},
-                                           TextCase{"SlashTwoBlanks", u"a/  b"_qs, u"a<br> b"_qs},
-                                           TextCase{"TrailingSlash", u"end/"_qs, u"end<br>"_qs},
-                                           TextCase{"TrailingSlashBlank", u"end/ "_qs, u"end<br>"_qs},
-                                           TextCase{"DoubleSlash", u"a//b"_qs, u"a<br><br>b"_qs},
-                                           TextCase{"SlashBlankSlash", u"a/ /b"_qs, u"a<br><br>b"_qs},
-                                           TextCase{"CrLf", u"a\r\nb"_qs, u"a<br>b"_qs},
-                                           TextCase{"CrLfBlankKept", u"a\r\n b"_qs, u"a<br> b"_qs},
-                                           TextCase{"LoneCrAndLfKept", u"a\rb\nc"_qs, u"a\rb\nc"_qs},
-                                           TextCase{"Empty", QString(), QString()}),
-                         [](const auto &info) { return std::string(info.param.name); });
-
-struct SplitCase {
-    const char *name;
-    QStringList in, out;
-};
-
-class BrToMultiline : public ::testing::TestWithParam<SplitCase>
-{
-};
-
-TEST_P(BrToMultiline, SplitsAfterEveryTag)
+TEST(Conversions, LinesSplitAfterEveryLowerCaseTag)
 {
     TestContext tc;
-    const QStringList input = GetParam().in;
-    QStringList out{u"stale"_qs};
-    ConvertHTMLBrToMultiline(tc.ctx, input, out);
-    EXPECT_EQ(out, GetParam().out);
-    EXPECT_EQ(input, GetParam().in);
+    const std::pair<QStringList, QStringList> cases[] = {
+        {{u"x"_qs, u"a<br>b"_qs, u"y"_qs}, {u"x"_qs, u"a<br>"_qs, u"b"_qs, u""_qs, u"y"_qs}},
+        {{u"a<br>"_qs}, {u"a<br>"_qs, u""_qs, u""_qs}},
+        {{u"a<BR>b"_qs}, {u"a<BR>b"_qs}},
+        {{u"<br><br>c"_qs}, {u"<br>"_qs, u"<br>"_qs, u"c"_qs, u""_qs}},
+        {{}, {}}};
+    for (const auto &[in, out] : cases) {
+        const QStringList input = in;
+        QStringList result{u"stale"_qs};
+        ConvertHTMLBrToMultiline(tc.ctx, input, result);
+        EXPECT_EQ(result, out) << in.join(u'|').toStdString();
+        EXPECT_EQ(input, in);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, BrToMultiline,
-    ::testing::Values(
-        SplitCase{"Example", {u"x"_qs, u"a<br>b"_qs, u"y"_qs}, {u"x"_qs, u"a<br>"_qs, u"b"_qs, u""_qs, u"y"_qs}},
-        SplitCase{"TagAtEnd", {u"a<br>"_qs}, {u"a<br>"_qs, u""_qs, u""_qs}},
-        SplitCase{"UpperCaseNotSplit", {u"a<BR>b"_qs}, {u"a<BR>b"_qs}},
-        SplitCase{"SeveralTags", {u"<br><br>c"_qs}, {u"<br>"_qs, u"<br>"_qs, u"c"_qs, u""_qs}},
-        SplitCase{"NoLines", {}, {}}),
-    [](const auto &info) { return std::string(info.param.name); });
 
 QByteArray utf16(const QString &s, bool bigEndian)
 {
     QByteArray b;
     for (QChar c : s) {
         const char hi = char(c.unicode() >> 8), lo = char(c.unicode() & 0xFF);
-        b.append(bigEndian ? hi : lo);
-        b.append(bigEndian ? lo : hi);
+        b.append(bigEndian ? hi : lo).append(bigEndian ? lo : hi);
     }
     return b;
 }
 
-struct EncodingCase {
-    const char *name;
-    QByteArray bytes;
-};
-
-const QString kSample = u"<TITLE>Prüfung Ω</TITLE>\r\nzweite Zeile\r\n"_qs;
-
-class Encodings : public ::testing::TestWithParam<EncodingCase>
+TEST(Conversions, EveryEncodingDecodesToTheSameLines)
 {
-};
-
-TEST_P(Encodings, DecodeToTheSameLines)
-{
-    const QStringList lines = splitTextLines(decodeTextFileBytes(GetParam().bytes));
-    EXPECT_EQ(lines, (QStringList{u"<TITLE>Prüfung Ω</TITLE>"_qs, u"zweite Zeile"_qs}));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, Encodings,
-    ::testing::Values(EncodingCase{"Utf16LeMark", QByteArray("\xFF\xFE", 2) + utf16(kSample, false)},
-                      EncodingCase{"Utf16BeMark", QByteArray("\xFE\xFF", 2) + utf16(kSample, true)},
-                      EncodingCase{"Utf16LeNoMark", utf16(kSample, false)},
-                      EncodingCase{"Utf16BeNoMark", utf16(kSample, true)},
-                      EncodingCase{"Utf8Mark", QByteArray("\xEF\xBB\xBF") + kSample.toUtf8()},
-                      EncodingCase{"Utf8NoMark", kSample.toUtf8()},
-                      EncodingCase{"LfOnly", QString(kSample).replace(u"\r\n"_qs, u"\n"_qs).toUtf8()},
-                      EncodingCase{"NoFinalBreak", QString(kSample).chopped(2).toUtf8()}),
-    [](const auto &info) { return std::string(info.param.name); });
-
-TEST(SplitTextLines, KeepsEmptyLinesButAddsNoneAtTheEnd)
-{
+    const QString s = u"<TITLE>Prüfung Ω</TITLE>\r\nzweite Zeile\r\n"_qs;
+    const std::pair<const char *, QByteArray> cases[] = {{"Utf16LeMark", QByteArray("\xFF\xFE", 2) + utf16(s, false)},
+                                                         {"Utf16BeMark", QByteArray("\xFE\xFF", 2) + utf16(s, true)},
+                                                         {"Utf16LeNoMark", utf16(s, false)},
+                                                         {"Utf16BeNoMark", utf16(s, true)},
+                                                         {"Utf8Mark", QByteArray("\xEF\xBB\xBF") + s.toUtf8()},
+                                                         {"Utf8NoMark", s.toUtf8()},
+                                                         {"LfOnly", QString(s).replace(u"\r\n"_qs, u"\n"_qs).toUtf8()},
+                                                         {"NoFinalBreak", s.chopped(2).toUtf8()}};
+    for (const auto &[name, bytes] : cases)
+        EXPECT_EQ(splitTextLines(decodeTextFileBytes(bytes)),
+                  (QStringList{u"<TITLE>Prüfung Ω</TITLE>"_qs, u"zweite Zeile"_qs}))
+            << name;
     EXPECT_EQ(splitTextLines(u"a\r\n\r\nb\rc\n"_qs), (QStringList{u"a"_qs, u""_qs, u"b"_qs, u"c"_qs}));
     EXPECT_TRUE(splitTextLines(QString()).isEmpty());
 }
@@ -122,23 +83,20 @@ TEST(SplitTextLines, KeepsEmptyLinesButAddsNoneAtTheEnd)
 TEST(GetTextFileHTML, TellsMissingGeneratedAndHandMadePagesApart)
 {
     TestContext tc;
-    const QString missing = tc.path(u"none.html"_qs);
-    EXPECT_EQ(GetTextFileHTML(tc.ctx, missing, false, true), QStringList{u"-1"_qs});
-
     writeFileBytes(tc.path(u"generated.html"_qs), "<html>\r\n<title>made by HARKO & CO</title>\r\n<p>x</p>\r\n");
-    EXPECT_EQ(GetTextFileHTML(tc.ctx, tc.path(u"generated.html"_qs), false, true), QStringList{QString()});
-
     // Mark split over two lines, or only half of it: made by hand.
     writeFileBytes(tc.path(u"hand.html"_qs), "<TITLE>Own page</TITLE>\r\nHarko & Co\r\n");
-    EXPECT_EQ(GetTextFileHTML(tc.ctx, tc.path(u"hand.html"_qs), false, true),
-              (QStringList{u"<TITLE>Own page</TITLE>"_qs, u"Harko & Co"_qs}));
-
     writeFileBytes(tc.path(u"empty.html"_qs), QByteArray());
-    EXPECT_EQ(GetTextFileHTML(tc.ctx, tc.path(u"empty.html"_qs), false, true), QStringList{QString()});
-    EXPECT_EQ(GetTextFileHTML(tc.ctx, tc.path(u"empty.html"_qs), false, false), QStringList{QString()});
-
-    // The template read does not look for the mark.
-    EXPECT_EQ(GetTextFileHTML(tc.ctx, tc.path(u"generated.html"_qs), false, false).size(), 3);
+    const std::tuple<const char *, bool, QStringList> cases[] = {
+        {"none.html", true, {u"-1"_qs}},
+        {"generated.html", true, {QString()}},
+        {"hand.html", true, {u"<TITLE>Own page</TITLE>"_qs, u"Harko & Co"_qs}},
+        {"empty.html", true, {QString()}},
+        {"empty.html", false, {QString()}},
+        // The template read does not look for the mark.
+        {"generated.html", false, {u"<html>"_qs, u"<title>made by HARKO & CO</title>"_qs, u"<p>x</p>"_qs}}};
+    for (const auto &[file, checkMark, answer] : cases)
+        EXPECT_EQ(GetTextFileHTML(tc.ctx, tc.path(QString::fromLatin1(file)), false, checkMark), answer) << file;
     EXPECT_EQ(tc.errorLog(), QString());
 }
 
@@ -154,17 +112,6 @@ TEST(GetTextFileHTML, ReportsAMissingFileWhenAsked)
     EXPECT_EQ(GetTextFileHTML(tc.ctx, missing, true, false), QStringList{QString()});
     ASSERT_EQ(tc.ui.shown.size(), 1u);
     EXPECT_EQ(tc.ui.shown[0].icon, Icon::Critical);
-}
-
-TEST(GetTextFileHTML, SurvivesBinaryGarbage)
-{
-    TestContext tc;
-    QByteArray garbage;
-    for (int i = 0; i < 70000; ++i)
-        garbage.append(char((i * 7919) % 256));
-    writeFileBytes(tc.path(u"garbage.html"_qs), garbage);
-    const QStringList lines = GetTextFileHTML(tc.ctx, tc.path(u"garbage.html"_qs), false, true);
-    EXPECT_FALSE(lines.isEmpty());
 }
 
 TEST(WriteHtmlPageFile, WritesUtf16WithMarkAndCrLfAfterEveryLine)

@@ -21,74 +21,44 @@ using namespace ht::test;
 namespace
 {
 
-QString goldenDir()
-{
-    return htmlTestDir() + QStringLiteral("/golden");
-}
+const QString kGolden = htmlTestDir() + u"/golden/"_qs;
 
 std::vector<std::string> goldenCases()
 {
     std::vector<std::string> cases;
-    for (const QString &name : QDir(goldenDir()).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name)) {
-        if (!name.startsWith(QLatin1Char('_')))
+    for (const QString &name : QDir(kGolden).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name))
+        if (!name.startsWith(u'_'))
             cases.push_back(name.toStdString());
-    }
     return cases;
 }
 
-QString readUtf8(const QString &path)
+QStringList utf8Lines(const QString &path)
 {
-    return QString::fromUtf8(readFileBytes(path));
-}
-
-QHash<QString, QString> readCaseSettings(const QString &path)
-{
-    QHash<QString, QString> settings;
-    for (const QString &line : readUtf8(path).split(QLatin1Char('\n'))) {
-        const qsizetype eq = line.indexOf(QLatin1Char('='));
-        if (eq > 0)
-            settings.insert(line.left(eq).trimmed(), line.mid(eq + 1).trimmed());
-    }
-    return settings;
+    return QString::fromUtf8(readFileBytes(path)).split(u'\n');
 }
 
 void copyTree(const QString &from, const QString &to)
 {
     QDirIterator it(from, QDir::Files, QDirIterator::Subdirectories);
     while (it.hasNext()) {
-        const QString file = it.next();
-        const QString target = to + QDir(from).relativeFilePath(file);
+        const QString target = to + QDir(from).relativeFilePath(it.next());
         QDir().mkpath(QFileInfo(target).path());
-        QFile::copy(file, target);
+        QFile::copy(it.filePath(), target);
     }
 }
 
+// Everything below `root` but the templates; folders end in '/'.
 QStringList listTree(const QString &root)
 {
     QStringList entries;
     QDirIterator it(root, QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden, QDirIterator::Subdirectories);
     while (it.hasNext()) {
-        const QString path = it.next();
-        QString rel = QDir(root).relativeFilePath(path);
-        if (!rel.contains(QLatin1Char('/')) && rel.startsWith(QLatin1String("Source_")))
-            continue; // the templates
-        if (QFileInfo(path).isDir())
-            rel += QLatin1Char('/');
-        entries.append(rel);
+        QString rel = QDir(root).relativeFilePath(it.next());
+        if (rel.contains(u'/') || !rel.startsWith(u"Source_"_qs))
+            entries.append(it.fileInfo().isDir() ? rel + u'/' : rel);
     }
     entries.sort();
     return entries;
-}
-
-QStringList expectedLines(const QString &path)
-{
-    QStringList lines;
-    for (const QString &line : readUtf8(path).split(QLatin1Char('\n'))) {
-        if (!line.trimmed().isEmpty())
-            lines.append(line.trimmed());
-    }
-    lines.sort();
-    return lines;
 }
 
 class GoldenPages : public ::testing::TestWithParam<std::string>
@@ -97,89 +67,84 @@ class GoldenPages : public ::testing::TestWithParam<std::string>
 
 TEST_P(GoldenPages, WritesExactlyTheExpectedTree)
 {
-    const QString caseDir = goldenDir() + QLatin1Char('/') + QString::fromStdString(GetParam()) + QLatin1Char('/');
-    const auto settings = readCaseSettings(caseDir + QStringLiteral("case.txt"));
+    const QString caseDir = kGolden + QString::fromStdString(GetParam()) + u'/';
+    QHash<QString, QString> settings;
+    for (const QString &line : utf8Lines(caseDir + u"case.txt"_qs))
+        if (const qsizetype eq = line.indexOf(u'='); eq > 0)
+            settings.insert(line.left(eq).trimmed(), line.mid(eq + 1).trimmed());
 
     TestContext tc;
-    Context &ctx = tc.ctx;
-    const QString helpDir = tc.path(QStringLiteral("help")) + QLatin1Char('/');
+    AppState &st = tc.ctx.state;
+    const QString helpDir = tc.path(u"help/"_qs);
     ASSERT_TRUE(QDir().mkpath(helpDir));
-    ctx.state.helpTextDB = tc.path(QStringLiteral("helptext.sqlite"));
-    createDatabaseFromScripts(ctx.state.helpTextDB, helpTextSchema() << caseDir + QStringLiteral("helptext.sql"));
-    ctx.state.langLookupDB = tc.path(QStringLiteral("languages.sqlite"));
-    createDatabaseFromScripts(ctx.state.langLookupDB, languagesSchemaAndData());
-    if (QFile::exists(caseDir + QStringLiteral("indextext.sql"))) {
-        ctx.state.indexTextDB = tc.path(QStringLiteral("indextext.sqlite"));
-        createDatabaseFromScripts(ctx.state.indexTextDB,
-                                  {indexTextSchema(), caseDir + QStringLiteral("indextext.sql")});
+    st.helpTextDB = tc.path(u"helptext.sqlite"_qs);
+    createDatabaseFromScripts(st.helpTextDB, helpTextSchema() << caseDir + u"helptext.sql"_qs);
+    st.langLookupDB = tc.path(u"languages.sqlite"_qs);
+    createDatabaseFromScripts(st.langLookupDB, languagesSchemaAndData());
+    if (QFile::exists(caseDir + u"indextext.sql"_qs)) {
+        st.indexTextDB = tc.path(u"indextext.sqlite"_qs);
+        createDatabaseFromScripts(st.indexTextDB, {schemaFile(u"indextext.sql"_qs), caseDir + u"indextext.sql"_qs});
     }
-    const QString templates = settings.value(QStringLiteral("templates"));
-    if (templates == QLatin1String("samples"))
-        copyTree(sourceDir() + QStringLiteral("/samples/templates/"), helpDir);
-    else if (templates == QLatin1String("own"))
-        copyTree(caseDir + QStringLiteral("templates/"), helpDir);
-    copyTree(caseDir + QStringLiteral("before/"), helpDir);
+    const QString templates = settings.value(u"templates"_qs);
+    if (templates == u"samples"_qs)
+        copyTree(sourceDir() + u"/samples/templates/"_qs, helpDir);
+    else if (templates == u"own"_qs)
+        copyTree(caseDir + u"templates/"_qs, helpDir);
+    copyTree(caseDir + u"before/"_qs, helpDir);
+    st.helpMainDir = helpDir;
+    st.iniPath = tc.path(u"helptext.ini"_qs);
+    st.screenResolution = settings.value(u"resolution"_qs, u"1024"_qs);
+    st.unattended = settings.value(u"unattended"_qs, u"1"_qs) == u"1"_qs;
+    st.standardIndexTextDB = settings.value(u"project"_qs);
 
-    ctx.state.helpMainDir = helpDir;
-    ctx.state.iniPath = tc.path(QStringLiteral("helptext.ini"));
-    ctx.state.screenResolution = settings.value(QStringLiteral("resolution"), QStringLiteral("1024"));
-    ctx.state.unattended = settings.value(QStringLiteral("unattended"), QStringLiteral("1")) == QLatin1String("1");
-    ctx.state.standardIndexTextDB = settings.value(QStringLiteral("project"));
-
-    const QStringList kinds = settings.value(QStringLiteral("kinds")).split(QLatin1Char(','));
-    bool alarms = kinds.contains(QLatin1String("Alarms"));
-    bool warnings = kinds.contains(QLatin1String("Warnings"));
-    bool materialChange = kinds.contains(QLatin1String("MaterialChange"));
+    const QStringList kinds = settings.value(u"kinds"_qs).split(u',');
+    bool alarms = kinds.contains(u"Alarms"_qs), warnings = kinds.contains(u"Warnings"_qs),
+         materialChange = kinds.contains(u"MaterialChange"_qs);
     HeadlessStatus status;
-    WriteHTMLPage(ctx, &status, alarms, warnings, materialChange, settings.value(QStringLiteral("machine")),
-                  settings.value(QStringLiteral("language")),
-                  settings.value(QStringLiteral("number"), QStringLiteral("0")).toLong());
+    WriteHTMLPage(tc.ctx, &status, alarms, warnings, materialChange, settings.value(u"machine"_qs),
+                  settings.value(u"language"_qs), settings.value(u"number"_qs, u"0"_qs).toLong());
 
-    EXPECT_FALSE(ctx.state.writingHtml);
+    EXPECT_FALSE(st.writingHtml);
     EXPECT_FALSE(status.visible) << "status display ended";
+    QStringList expectedTree;
+    for (const QString &line : utf8Lines(caseDir + u"tree.txt"_qs))
+        if (!line.trimmed().isEmpty())
+            expectedTree.append(line.trimmed());
+    expectedTree.sort();
     const QStringList tree = listTree(helpDir);
-    EXPECT_EQ(tree.join(QLatin1Char('\n')).toStdString(),
-              expectedLines(caseDir + QStringLiteral("tree.txt")).join(QLatin1Char('\n')).toStdString());
+    EXPECT_EQ(tree.join(u'\n').toStdString(), expectedTree.join(u'\n').toStdString());
 
     for (const QString &entry : tree) {
-        if (entry.endsWith(QLatin1Char('/')))
+        if (entry.endsWith(u'/'))
             continue;
         const QByteArray actual = readFileBytes(helpDir + entry);
-        if (QFile::exists(caseDir + QStringLiteral("expected/") + entry)) {
-            QStringList lines = readUtf8(caseDir + QStringLiteral("expected/") + entry).split(QLatin1Char('\n'));
-            if (!lines.isEmpty() && lines.last().isEmpty())
+        if (QFile::exists(caseDir + u"expected/"_qs + entry)) {
+            QStringList lines = utf8Lines(caseDir + u"expected/"_qs + entry);
+            if (lines.last().isEmpty())
                 lines.removeLast();
-            EXPECT_EQ(actual, pageBytes(lines))
-                << entry.toStdString() << ":\n"
-                << QString::fromUtf16(reinterpret_cast<const char16_t *>(actual.constData() + 2),
-                                      (actual.size() - 2) / 2)
-                       .toStdString();
-        } else if (QFile::exists(caseDir + QStringLiteral("before/") + entry)) {
-            EXPECT_EQ(actual, readFileBytes(caseDir + QStringLiteral("before/") + entry))
-                << entry.toStdString() << " must stay as it was";
+            EXPECT_EQ(actual, pageBytes(lines)) << entry.toStdString() << ":\n" << pageText(actual).toStdString();
+        } else if (QFile::exists(caseDir + u"before/"_qs + entry)) {
+            EXPECT_EQ(actual, readFileBytes(caseDir + u"before/"_qs + entry)) << entry.toStdString() << " changed";
         } else {
             ADD_FAILURE() << "no expectation for " << entry.toStdString();
         }
     }
 
-    // Nothing beside the help directory but the run's own files.
     const QStringList own{u"help"_qs,         u"helptext.sqlite"_qs,  u"languages.sqlite"_qs, u"indextext.sqlite"_qs,
                           u"helptext.ini"_qs, u"helptextError.log"_qs};
     for (const QString &entry : QDir(tc.dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot))
         EXPECT_TRUE(own.contains(entry)) << "written outside the help directory: " << entry.toStdString();
 
     const QString log = tc.errorLog();
-    if (QFile::exists(caseDir + QStringLiteral("log.txt"))) {
-        for (QString line : readUtf8(caseDir + QStringLiteral("log.txt")).split(QLatin1Char('\n'))) {
-            if (line.isEmpty())
-                continue;
-            line.replace(QLatin1String("<LFCR>"), QLatin1String("\n\r"));
-            line.replace(QLatin1String("<HELP>"), helpDir);
-            EXPECT_TRUE(log.contains(line)) << "log lacks: " << line.toStdString() << "\nlog:\n" << log.toStdString();
-        }
-    } else {
+    if (!QFile::exists(caseDir + u"log.txt"_qs))
         EXPECT_EQ(log.toStdString(), "");
-    }
+    else
+        for (QString line : utf8Lines(caseDir + u"log.txt"_qs))
+            if (!line.isEmpty()) {
+                line.replace(u"<LFCR>"_qs, u"\n\r"_qs).replace(u"<HELP>"_qs, helpDir);
+                EXPECT_TRUE(log.contains(line)) << "log lacks: " << line.toStdString() << "\nlog:\n"
+                                                << log.toStdString();
+            }
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, GoldenPages, ::testing::ValuesIn(goldenCases()),

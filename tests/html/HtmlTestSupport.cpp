@@ -14,29 +14,28 @@ QString htmlTestDir()
     return sourceDir() + QStringLiteral("/tests/html");
 }
 
+QString schemaFile(const QString &name)
+{
+    return sourceDir() + QStringLiteral("/src/database/schema/") + name;
+}
+
+QStringList helpTextSchema()
+{
+    return {schemaFile(QStringLiteral("helptext.sql")), schemaFile(QStringLiteral("helptext_materialchange.sql"))};
+}
+
+QStringList languagesSchemaAndData()
+{
+    return {schemaFile(QStringLiteral("languages.sql")),
+            htmlTestDir() + QStringLiteral("/golden/_schema/languages_data.sql")};
+}
+
 void runSqlScript(const QString &dbPath, const QString &script)
 {
     auto db = Database::open(dbPath, Database::Mode::ReadWrite);
     Database::Transaction t(*db);
     db->execScript(script);
     t.commit();
-}
-
-QStringList helpTextSchema()
-{
-    const QString dir = sourceDir() + QStringLiteral("/src/database/schema/");
-    return {dir + QStringLiteral("helptext.sql"), dir + QStringLiteral("helptext_materialchange.sql")};
-}
-
-QStringList languagesSchemaAndData()
-{
-    return {sourceDir() + QStringLiteral("/src/database/schema/languages.sql"),
-            htmlTestDir() + QStringLiteral("/golden/_schema/languages_data.sql")};
-}
-
-QString indexTextSchema()
-{
-    return sourceDir() + QStringLiteral("/src/database/schema/indextext.sql");
 }
 
 void createDatabaseFromScripts(const QString &path, const QStringList &scriptFiles)
@@ -56,11 +55,14 @@ QByteArray pageBytes(const QStringList &lines)
     for (const QString &l : lines)
         text += l + QStringLiteral("\r\n");
     QByteArray bytes;
-    for (QChar c : text) {
-        bytes.append(char(c.unicode() & 0xFF));
-        bytes.append(char(c.unicode() >> 8));
-    }
+    for (QChar c : text)
+        bytes.append(char(c.unicode() & 0xFF)).append(char(c.unicode() >> 8));
     return bytes;
+}
+
+QString pageText(const QByteArray &bytes)
+{
+    return QString::fromUtf16(reinterpret_cast<const char16_t *>(bytes.constData()), bytes.size() / 2);
 }
 
 } // namespace ht::test

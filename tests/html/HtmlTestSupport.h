@@ -1,6 +1,6 @@
 #pragma once
 // Helpers of the page-generation tests: databases made from SQL scripts and
-// reading UTF-16 pages back.
+// pages as they lie on disk.
 
 #include <QString>
 #include <QStringList>
@@ -8,16 +8,16 @@
 namespace ht::test
 {
 
-// The folder of the golden cases and the shared schema scripts.
-QString htmlTestDir();
-// The schema scripts of the three databases (the languages with the cases' rows).
+QString htmlTestDir();                   // tests/html: the golden cases
+QString schemaFile(const QString &name); // a script of src/database/schema
 QStringList helpTextSchema();
-QStringList languagesSchemaAndData();
-QString indexTextSchema();
-// Creates a SQLite database at `path` and runs the scripts.
+QStringList languagesSchemaAndData(); // the languages the cases' rows use
+// Creates a SQLite database at `path` and runs the script files.
 void createDatabaseFromScripts(const QString &path, const QStringList &scriptFiles);
 void runSqlScript(const QString &dbPath, const QString &script);
-// The bytes a page with these lines has on disk: UTF-16LE, mark, CR LF after every line.
+// The bytes of a page with these lines: UTF-16LE, mark, CR LF after every line.
 QByteArray pageBytes(const QStringList &lines);
+// A page's text (UTF-16LE, mark kept).
+QString pageText(const QByteArray &bytes);
 
 } // namespace ht::test

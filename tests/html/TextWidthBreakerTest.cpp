@@ -13,133 +13,93 @@ using namespace ht::test;
 namespace
 {
 
-QFont liberationSans(int pixelSize)
-{
-    QFont f(u"Liberation Sans"_qs);
-    f.setPixelSize(pixelSize);
-    f.setWeight(QFont::Normal);
-    return f;
-}
-
-TEST(TextWidthBreaker, FontResolvesToTheMetricCompatibleFace)
-{
+struct Breaker {
     TestContext tc;
     TextWidthBreaker breaker;
-    breaker.TextSingleLineToArray(tc.ctx, u"x"_qs, u"Arial"_qs, u"10"_qs, u"400"_qs, 100);
-    EXPECT_EQ(QFontInfo(breaker.font()).family().toStdString(), "Liberation Sans");
-    EXPECT_EQ(breaker.font().pixelSize(), 13); // 10 pt at 96 dpi
-    EXPECT_EQ(TextWidthBreaker::pixelSizeForPoints(18), 24);
+    QStringList operator()(const QString &text, int width, const QString &family = u"Arial"_qs,
+                           const QString &size = u"10"_qs, const QString &weight = u"400"_qs)
+    {
+        return breaker.TextSingleLineToArray(tc.ctx, text, family, size, weight, width);
+    }
+};
+
+TEST(TextWidthBreaker, ArialResolvesToTheMetricCompatibleFace)
+{
+    Breaker b;
+    b(u"x"_qs, 100);
+    EXPECT_EQ(QFontInfo(b.breaker.font()).family().toStdString(), "Liberation Sans");
+    EXPECT_EQ(b.breaker.font().pixelSize(), 13); // 10 pt at 96 dpi
 }
 
 // The limit is reached when the line and the next word, measured without the
 // joining blank, are at least as wide as the limit: one pixel more keeps them together.
 TEST(TextWidthBreaker, BreaksExactlyAtThePixelBoundary)
 {
-    TestContext tc;
-    TextWidthBreaker breaker;
-    const QString text = u"Check the conveyor belt tension"_qs;
-    const int joined = QFontMetrics(liberationSans(13)).horizontalAdvance(u"Check theconveyor"_qs);
-    const int firstTwo = QFontMetrics(liberationSans(13)).horizontalAdvance(u"Checkthe"_qs);
-    ASSERT_LT(firstTwo, joined);
+    Breaker b;
+    const QString text = u"Check the conveyor belt tension"_qs, family = u"Liberation Sans"_qs;
+    QFont font(family);
+    font.setPixelSize(13);
+    const int joined = QFontMetrics(font).horizontalAdvance(u"Check theconveyor"_qs);
+    ASSERT_LT(QFontMetrics(font).horizontalAdvance(u"Checkthe"_qs), joined);
 
-    const QStringList atLimit =
-        breaker.TextSingleLineToArray(tc.ctx, text, u"Liberation Sans"_qs, u"10"_qs, u"400"_qs, joined);
-    EXPECT_EQ(atLimit.value(0), u"Check the"_qs);
-    EXPECT_EQ(atLimit.value(1).left(9), u" conveyor"_qs);
-
-    const QStringList onePixelMore =
-        breaker.TextSingleLineToArray(tc.ctx, text, u"Liberation Sans"_qs, u"10"_qs, u"400"_qs, joined + 1);
-    EXPECT_EQ(onePixelMore.value(0).left(18), u"Check the conveyor"_qs);
-
-    const QStringList onePixelLess =
-        breaker.TextSingleLineToArray(tc.ctx, text, u"Liberation Sans"_qs, u"10"_qs, u"400"_qs, joined - 1);
-    EXPECT_EQ(onePixelLess.value(0), u"Check the"_qs);
+    EXPECT_EQ(b(text, joined, family).value(0), u"Check the"_qs);
+    EXPECT_EQ(b(text, joined, family).value(1).left(9), u" conveyor"_qs);
+    EXPECT_EQ(b(text, joined + 1, family).value(0).left(18), u"Check the conveyor"_qs);
+    EXPECT_EQ(b(text, joined - 1, family).value(0), u"Check the"_qs);
 }
 
 TEST(TextWidthBreaker, WeightIsKeptWhenNotGiven)
 {
-    TestContext tc;
-    TextWidthBreaker breaker;
-    breaker.TextSingleLineToArray(tc.ctx, u"a"_qs, u"Arial"_qs, u"10"_qs, u"700"_qs, 0);
-    EXPECT_EQ(breaker.font().weight(), QFont::Bold);
-    breaker.TextSingleLineToArray(tc.ctx, u"a"_qs, u"Arial"_qs, u"18"_qs, QString(), 0);
-    EXPECT_EQ(breaker.font().weight(), QFont::Bold);
-    EXPECT_EQ(breaker.font().pixelSize(), 24);
+    Breaker b;
+    b(u"a"_qs, 0, u"Arial"_qs, u"10"_qs, u"700"_qs);
+    b(u"a"_qs, 0, u"Arial"_qs, u"18"_qs, QString());
+    EXPECT_EQ(b.breaker.font().weight(), QFont::Bold);
+    EXPECT_EQ(b.breaker.font().pixelSize(), 24);
     // Bold text is wider, so the weight really reaches the measurement.
-    const int bold = breaker.textWidthTwips(u"Weight"_qs);
-    breaker.TextSingleLineToArray(tc.ctx, u"a"_qs, u"Arial"_qs, u"18"_qs, u"400"_qs, 0);
-    EXPECT_GT(bold, breaker.textWidthTwips(u"Weight"_qs));
+    const int bold = b.breaker.textWidthTwips(u"Weight"_qs);
+    b(u"a"_qs, 0, u"Arial"_qs, u"18"_qs, u"400"_qs);
+    EXPECT_GT(bold, b.breaker.textWidthTwips(u"Weight"_qs));
 }
 
-struct BreakCase {
-    const char *name;
-    QString text;
-    int width;
-    QStringList lines;
-};
-
-class Breaking : public ::testing::TestWithParam<BreakCase>
+TEST(TextWidthBreaker, GivesTheLines)
 {
-};
-
-TEST_P(Breaking, GivesTheLines)
-{
-    TestContext tc;
-    TextWidthBreaker breaker;
-    EXPECT_EQ(
-        breaker.TextSingleLineToArray(tc.ctx, GetParam().text, u"Arial"_qs, u"10"_qs, u"400"_qs, GetParam().width),
-        GetParam().lines);
+    Breaker b;
+    const std::tuple<QString, int, QStringList> cases[] = {
+        {QString(), 100, {QString()}},
+        {u"a  b"_qs, 1000, {u"a b"_qs}},
+        {u"alpha beta"_qs, 1, {u"alpha"_qs, u" beta"_qs}},
+        {u"a Donaudampfschifffahrt b"_qs, 5, {u"a"_qs, u" Donaudampfschifffahrt"_qs, u" b"_qs}},
+        {u"x   y   "_qs, 1000, {u"x y"_qs}},
+        {u"  a  b"_qs, 1000, {u" a b"_qs}},
+        {u"a<br>b c"_qs, 1000, {u"a<br>b c"_qs}}};
+    for (const auto &[text, width, lines] : cases)
+        EXPECT_EQ(b(text, width), lines) << text.toStdString();
 }
-
-const QString kLong = QString(u"word "_qs).repeated(60).trimmed(); // about 2300 pixels in Arial 10
-
-INSTANTIATE_TEST_SUITE_P(Cases, Breaking,
-                         ::testing::Values(BreakCase{"Empty", QString(), 100, {QString()}},
-                                           BreakCase{"TwoBlanksOneBreak", u"a  b"_qs, 1000, {u"a b"_qs}},
-                                           BreakCase{"TinyLimit", u"alpha beta"_qs, 1, {u"alpha"_qs, u" beta"_qs}},
-                                           BreakCase{"WideWordStaysWhole",
-                                                     u"a Donaudampfschifffahrt b"_qs,
-                                                     5,
-                                                     {u"a"_qs, u" Donaudampfschifffahrt"_qs, u" b"_qs}},
-                                           BreakCase{"OuterBlanks", u"x   y   "_qs, 1000, {u"x y"_qs}},
-                                           BreakCase{"LeadingBlanks", u"  a  b"_qs, 1000, {u" a b"_qs}},
-                                           BreakCase{"TagsStayInWords", u"a<br>b c"_qs, 1000, {u"a<br>b c"_qs}}),
-                         [](const auto &info) { return std::string(info.param.name); });
 
 TEST(TextWidthBreaker, ZeroWidthBehavesAs1024Pixels)
 {
-    TestContext tc;
-    TextWidthBreaker breaker;
-    const QStringList zero = breaker.TextSingleLineToArray(tc.ctx, kLong, u"Arial"_qs, u"10"_qs, u"400"_qs, 0);
-    EXPECT_EQ(zero, breaker.TextSingleLineToArray(tc.ctx, kLong, u"Arial"_qs, u"10"_qs, u"400"_qs, 1024));
-    EXPECT_NE(zero, breaker.TextSingleLineToArray(tc.ctx, kLong, u"Arial"_qs, u"10"_qs, u"400"_qs, 1200));
+    Breaker b;
+    const QString text = u"word "_qs.repeated(60).trimmed(); // about 2300 pixels in Arial 10
+    const QStringList zero = b(text, 0);
+    EXPECT_EQ(zero, b(text, 1024));
+    EXPECT_NE(zero, b(text, 1200));
     ASSERT_GT(zero.size(), 1);
     for (qsizetype i = 1; i < zero.size(); ++i)
         EXPECT_TRUE(zero[i].startsWith(u" word"_qs));
-    EXPECT_EQ(zero.join(QString()), QString(kLong));
+    EXPECT_EQ(zero.join(QString()), text);
 }
 
-} // namespace
-
-namespace
-{
-
-// Texts of mixed scripts and word lengths, drawn from a fixed seed.
+// Texts of mixed scripts, kerning pairs and word lengths, drawn from a fixed seed.
 QStringList sampleTexts()
 {
-    const QStringList pieces{u"Check"_qs,      u"the"_qs,       u"conveyor"_qs, u"belt<br>tension"_qs,
-                             u"AVAWAY"_qs,     u"fi"_qs,        u"W."_qs,       u"Привод"_qs,
-                             u"остановлен"_qs, u"ΑΒΓ"_qs,       u"停止"_qs,     u"محرك"_qs,
-                             u"é"_qs,          u"tab\there"_qs, u"x\u0301y"_qs, u"Donaudampfschifffahrt"_qs,
-                             u"T,"_qs,         u"ffi"_qs,       u"Tov"_qs,      u"Wa"_qs,
-                             u"Yo"_qs,         u"P."_qs,        u"V,"_qs,       u"Ÿ"_qs,
-                             u"rt"_qs,         u"LTA"_qs,       u"((f))"_qs,    u"1234567890"_qs};
+    const QStringList pieces =
+        u"Check the conveyor belt<br>tension AVAWAY fi W. Привод остановлен ΑΒΓ 停止 محرك é tab\there x\u0301y "
+        u"Donaudampfschifffahrt T, ffi Tov Wa Yo P. V, Ÿ rt LTA ((f)) 1234567890"_qs.split(u' ');
     QStringList texts;
     quint32 seed = 12345;
     for (int t = 0; t < 400; ++t) {
         QString text;
-        const int words = 5 + t % 60;
-        for (int w = 0; w < words; ++w) {
+        for (int w = 0; w < 5 + t % 60; ++w) {
             seed = seed * 1103515245u + 12345u;
             text += pieces.at((seed >> 16) % pieces.size()) + (w % 9 == 8 ? u"  "_qs : u" "_qs);
         }
@@ -157,18 +117,13 @@ class EstimatedAndMeasured : public ::testing::TestWithParam<std::tuple<const ch
 TEST_P(EstimatedAndMeasured, BreakIdentically)
 {
     const auto [family, weight, width] = GetParam();
-    TestContext tc;
-    TextWidthBreaker fast, exact;
-    exact.setMeasureEveryJoin(true);
-    for (const QString &text : sampleTexts()) {
-        for (const QString size : {u"10"_qs, u"18"_qs}) {
-            const QStringList a = fast.TextSingleLineToArray(tc.ctx, text, QString::fromLatin1(family), size,
-                                                             QString::fromLatin1(weight), width);
-            const QStringList b = exact.TextSingleLineToArray(tc.ctx, text, QString::fromLatin1(family), size,
-                                                              QString::fromLatin1(weight), width);
-            ASSERT_EQ(a, b) << text.toStdString();
-        }
-    }
+    Breaker fast, exact;
+    exact.breaker.setMeasureEveryJoin(true);
+    for (const QString &text : sampleTexts())
+        for (const QString size : {u"10"_qs, u"18"_qs})
+            ASSERT_EQ(fast(text, width, QString::fromLatin1(family), size, QString::fromLatin1(weight)),
+                      exact(text, width, QString::fromLatin1(family), size, QString::fromLatin1(weight)))
+                << text.toStdString();
 }
 
 INSTANTIATE_TEST_SUITE_P(Fonts, EstimatedAndMeasured,
