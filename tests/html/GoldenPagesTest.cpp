@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 using namespace ht;
@@ -22,6 +23,7 @@ namespace
 {
 
 const QString kGolden = htmlTestDir() + u"/golden/"_qs;
+const QRegularExpression kNotBlank(u"\\S"_qs);
 
 std::vector<std::string> goldenCases()
 {
@@ -106,10 +108,7 @@ TEST_P(GoldenPages, WritesExactlyTheExpectedTree)
 
     EXPECT_FALSE(st.writingHtml);
     EXPECT_FALSE(status.visible) << "status display ended";
-    QStringList expectedTree;
-    for (const QString &line : utf8Lines(caseDir + u"tree.txt"_qs))
-        if (!line.trimmed().isEmpty())
-            expectedTree.append(line.trimmed());
+    QStringList expectedTree = utf8Lines(caseDir + u"tree.txt"_qs).filter(kNotBlank);
     expectedTree.sort();
     const QStringList tree = listTree(helpDir);
     EXPECT_EQ(tree.join(u'\n').toStdString(), expectedTree.join(u'\n').toStdString());
@@ -139,12 +138,10 @@ TEST_P(GoldenPages, WritesExactlyTheExpectedTree)
     if (!QFile::exists(caseDir + u"log.txt"_qs))
         EXPECT_EQ(log.toStdString(), "");
     else
-        for (QString line : utf8Lines(caseDir + u"log.txt"_qs))
-            if (!line.isEmpty()) {
-                line.replace(u"<LFCR>"_qs, u"\n\r"_qs).replace(u"<HELP>"_qs, helpDir);
-                EXPECT_TRUE(log.contains(line)) << "log lacks: " << line.toStdString() << "\nlog:\n"
-                                                << log.toStdString();
-            }
+        for (QString line : utf8Lines(caseDir + u"log.txt"_qs).filter(kNotBlank)) {
+            line.replace(u"<LFCR>"_qs, u"\n\r"_qs).replace(u"<HELP>"_qs, helpDir);
+            EXPECT_TRUE(log.contains(line)) << "log lacks: " << line.toStdString() << "\nlog:\n" << log.toStdString();
+        }
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, GoldenPages, ::testing::ValuesIn(goldenCases()),

@@ -54,10 +54,7 @@ QByteArray pageBytes(const QStringList &lines)
     QString text(QChar(0xFEFF));
     for (const QString &l : lines)
         text += l + QStringLiteral("\r\n");
-    QByteArray bytes;
-    for (QChar c : text)
-        bytes.append(char(c.unicode() & 0xFF)).append(char(c.unicode() >> 8));
-    return bytes;
+    return QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2); // little-endian hosts
 }
 
 QString pageText(const QByteArray &bytes)

@@ -23,14 +23,6 @@ struct Breaker {
     }
 };
 
-TEST(TextWidthBreaker, ArialResolvesToTheMetricCompatibleFace)
-{
-    Breaker b;
-    b(u"x"_qs, 100);
-    EXPECT_EQ(QFontInfo(b.breaker.font()).family().toStdString(), "Liberation Sans");
-    EXPECT_EQ(b.breaker.font().pixelSize(), 13); // 10 pt at 96 dpi
-}
-
 // The limit is reached when the line and the next word, measured without the
 // joining blank, are at least as wide as the limit: one pixel more keeps them together.
 TEST(TextWidthBreaker, BreaksExactlyAtThePixelBoundary)
@@ -48,10 +40,12 @@ TEST(TextWidthBreaker, BreaksExactlyAtThePixelBoundary)
     EXPECT_EQ(b(text, joined - 1, family).value(0), u"Check the"_qs);
 }
 
-TEST(TextWidthBreaker, WeightIsKeptWhenNotGiven)
+TEST(TextWidthBreaker, FontFaceSizeAndKeptWeight)
 {
     Breaker b;
     b(u"a"_qs, 0, u"Arial"_qs, u"10"_qs, u"700"_qs);
+    EXPECT_EQ(QFontInfo(b.breaker.font()).family().toStdString(), "Liberation Sans"); // metric-compatible face
+    EXPECT_EQ(b.breaker.font().pixelSize(), 13);                                      // 10 pt at 96 dpi
     b(u"a"_qs, 0, u"Arial"_qs, u"18"_qs, QString());
     EXPECT_EQ(b.breaker.font().weight(), QFont::Bold);
     EXPECT_EQ(b.breaker.font().pixelSize(), 24);

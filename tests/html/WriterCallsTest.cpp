@@ -212,19 +212,7 @@ TEST_F(Writer, EscAbortStopsBeforeTheNextPage)
     EXPECT_FALSE(ctx.state.abortHtml);
 }
 
-TEST(HelpMainDir, CheckOnlyEndsTheProgramWhenTheDirectoryIsGone)
-{
-    TestContext tc;
-    tc.ctx.state.helpMainDir = tc.path(u"gone/"_qs);
-    bool check = true, select = false;
-    EXPECT_THROW(GetHelpMainDir(tc.ctx, check, select), ProgramEnded);
-    EXPECT_EQ(tc.errorLog(), u"Critical Error: Machine Helpdirectory not found.\n\rApplication closing down.\r\n"_qs);
-
-    tc.ctx.state.helpMainDir = tc.path(QString()) + u"/"_qs;
-    EXPECT_EQ(GetHelpMainDir(tc.ctx, check, select), tc.ctx.state.helpMainDir);
-}
-
-TEST(HelpMainDir, AskedWhenNotStoredOrWhenSelecting)
+TEST(HelpMainDir, AskedWhenNotStoredOrSelectingAndProgramEndedWhenGone)
 {
     TestContext tc;
     Context &ctx = tc.ctx;
@@ -250,6 +238,14 @@ TEST(HelpMainDir, AskedWhenNotStoredOrWhenSelecting)
     tc.ui.push(tc.path(u"missing"_qs));
     EXPECT_EQ(GetHelpMainDir(ctx, check, select), tc.path(u"missing/"_qs));
     EXPECT_EQ(stored(), chosen);
+
+    // Checking only: a directory that exists is taken, a missing one ends the program.
+    check = true;
+    ctx.state.helpMainDir = chosen;
+    EXPECT_EQ(GetHelpMainDir(ctx, check, select), chosen);
+    ctx.state.helpMainDir = tc.path(u"gone/"_qs);
+    EXPECT_THROW(GetHelpMainDir(ctx, check, select), ProgramEnded);
+    EXPECT_EQ(tc.errorLog(), u"Critical Error: Machine Helpdirectory not found.\n\rApplication closing down.\r\n"_qs);
 }
 
 TEST(ScreenResolution, StoredAskedOrDefaulted)
