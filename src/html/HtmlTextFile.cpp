@@ -134,25 +134,39 @@ QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool
     }
 }
 
-bool writeHtmlPageFile(const QString &path, const QStringList &lines)
+bool writeHtmlPageText(const QString &path, const QString &text)
 {
     std::FILE *f = openFile(path, true);
     if (!f)
         return false;
-    // Streamed line by line through the stream's buffer, converted only where
-    // the machine's byte order is not already little-endian.
-    static const char16_t mark = 0xFEFF, lineEnd[2] = {u'\r', u'\n'};
-    auto put = [f](const char16_t *units, qsizetype count) {
-        if (QSysInfo::ByteOrder == QSysInfo::LittleEndian)
-            return std::fwrite(units, 2, size_t(count), f) == size_t(count);
-        QByteArray bytes(count * 2, Qt::Uninitialized);
-        qToLittleEndian<char16_t>(units, count, bytes.data());
-        return std::fwrite(bytes.constData(), 1, size_t(bytes.size()), f) == size_t(bytes.size());
-    };
-    bool written = put(&mark, 1);
-    for (const QString &l : lines)
-        written = written && put(reinterpret_cast<const char16_t *>(l.constData()), l.size()) && put(lineEnd, 2);
+    // One write for the whole page, converted only where the machine's byte
+    // order is not already little-endian.
+    QByteArray swapped;
+    const char *bytes = reinterpret_cast<const char *>(text.constData());
+    if (QSysInfo::ByteOrder != QSysInfo::LittleEndian) {
+        swapped.resize(text.size() * 2);
+        qToLittleEndian<char16_t>(text.constData(), text.size(), swapped.data());
+        bytes = swapped.constData();
+    }
+    const size_t size = size_t(text.size()) * 2;
+    const bool written = std::fwrite(bytes, 1, size, f) == size;
     return std::fclose(f) == 0 && written;
+}
+
+void appendTextLines(const QStringList &lines, QString &text)
+{
+    for (const QString &l : lines) {
+        text += l;
+        text += u'\r';
+        text += u'\n';
+    }
+}
+
+bool writeHtmlPageFile(const QString &path, const QStringList &lines)
+{
+    QString text(QChar(0xFEFF));
+    appendTextLines(lines, text);
+    return writeHtmlPageText(path, text);
 }
 
 } // namespace ht

@@ -27,5 +27,10 @@ QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool
 // Writes the lines as UTF-16LE with byte-order mark, CR LF after every line,
 // replacing any file there. False when the file cannot be written.
 bool writeHtmlPageFile(const QString &path, const QStringList &lines);
+// Appends each line followed by CR LF.
+void appendTextLines(const QStringList &lines, QString &text);
+// The whole file as one text, byte-order mark and CR LF line ends included:
+// written as UTF-16LE in one write.
+bool writeHtmlPageText(const QString &path, const QString &text);
 
 } // namespace ht

@@ -22,6 +22,7 @@
 #include <QSet>
 #include <chrono>
 #include <cmath>
+#include <map>
 #include <vector>
 
 namespace ht
@@ -109,6 +110,7 @@ class HtmlRun
     bool writeKind(Database &db, const HtmlKind &kind, const QString &machine, const QString &language,
                    long itemNumber);
     void stop();
+    bool indexTextDatabaseLost();
 
     Context &ctx;
     StatusTarget *form;
@@ -122,6 +124,13 @@ class HtmlRun
     IndexTextCache indexTexts;
     TextWidthBreaker breaker;
 };
+
+bool HtmlRun::indexTextDatabaseLost()
+{
+    showMessage(ctx, QStringLiteral("Job aborted!") + LFCR + QStringLiteral("Could not connect to Indextext-Database."),
+                Buttons::OK, Icon::Critical);
+    return false;
+}
 
 void HtmlRun::stop()
 {
@@ -252,6 +261,9 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
     StatusTickNewText(ctx, form, QStringLiteral("Reading database..."));
     const std::vector<QStringList> rows = loadRows(db, kind, machine, language, itemNumber);
 
+    // The template with the index texts of each language in place, and one page buffer for the run.
+    std::map<QString, PreparedTemplate> templates;
+    QString page;
     const QChar sep = pathSeparator();
     const QString tickPrefix = QStringLiteral("Generating Help-HTML  -  ") + kind.word + QStringLiteral(" (");
     for (const QStringList &row : rows) {
@@ -285,19 +297,28 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
             continue; // made by hand: never overwritten
 
         const PageData data = pageData(kind, row);
-        bool indexTextLost = false;
-        const QStringList page = fillPageTemplate(ctx, kind, templateLines, data, indexTexts, indexTextLost);
-        if (indexTextLost) {
-            showMessage(
-                ctx, QStringLiteral("Job aborted!") + LFCR + QStringLiteral("Could not connect to Indextext-Database."),
-                Buttons::OK, Icon::Critical);
-            return false;
+        auto prepared = templates.find(data.languageNumber);
+        if (prepared == templates.end()) {
+            bool indexTextLost = false;
+            PreparedTemplate t(ctx, kind, templateLines, data.languageNumber, indexTexts, indexTextLost);
+            if (indexTextLost)
+                return indexTextDatabaseLost();
+            prepared = templates.emplace(data.languageNumber, std::move(t)).first;
+        }
+        page.resize(0);
+        page += QChar(0xFEFF);
+        if (!prepared->second.appendPage(data, page)) {
+            bool indexTextLost = false;
+            const QStringList lines = fillPageTemplate(ctx, kind, templateLines, data, indexTexts, indexTextLost);
+            if (indexTextLost)
+                return indexTextDatabaseLost();
+            appendTextLines(lines, page);
         }
         // Rows of a machine or language that the tree does not know yet get their folders now.
         if (!ensurePageDirectory(rowMachine, kind.word, rowLanguage))
             return false;
         // The folder was checked to lie inside the help directory, the file name is a safe name.
-        if (!writeHtmlPageFile(pagePath, page))
+        if (!writeHtmlPageText(pagePath, page))
             throw std::runtime_error(("Cannot write " + pagePath).toStdString());
     }
     return true;

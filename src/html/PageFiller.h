@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <vector>
 
 namespace ht
 {
@@ -23,5 +24,33 @@ struct PageData {
 // index-text database and none is available: the run must then stop.
 QStringList fillPageTemplate(Context &ctx, const HtmlKind &kind, const QStringList &templateLines, const PageData &data,
                              IndexTextCache &cache, bool &indexTextLost);
+
+// A template filled once per kind and language with stand-ins for the values,
+// so that a page is only literal text and values appended in turn. Gives the
+// same page as fillPageTemplate whenever the values cannot take part in finding
+// a placeholder; otherwise appendPage declines and the caller fills the page.
+class PreparedTemplate
+{
+  public:
+    // `indexTextLost` as for fillPageTemplate.
+    PreparedTemplate(Context &ctx, const HtmlKind &kind, const QStringList &templateLines,
+                     const QString &languageNumber, IndexTextCache &cache, bool &indexTextLost);
+
+    // Appends the page's lines, each followed by CR LF. False (and nothing
+    // appended) when the page must be filled by fillPageTemplate.
+    bool appendPage(const PageData &data, QString &out) const;
+
+  private:
+    struct Piece {
+        QString literal;
+        int slot; // -1 for literal text
+    };
+    bool accepts(const PageData &data) const;
+    void appendLine(const std::vector<Piece> &line, const PageData &data, QString &out) const;
+
+    std::vector<std::vector<Piece>> m_lines;
+    bool m_usable = true;
+    bool m_splitsAtBr = false; // the item text went in: lines split after every "<br>"
+};
 
 } // namespace ht
