@@ -6,6 +6,7 @@
 #include "html/HtmlTextFile.h"
 #include "support/TestSupport.h"
 
+#include <QStringEncoder>
 #include <gtest/gtest.h>
 
 using namespace ht;
@@ -51,23 +52,16 @@ TEST(Conversions, LinesSplitAfterEveryLowerCaseTag)
     }
 }
 
-QByteArray utf16(const QString &s, bool bigEndian)
-{
-    QByteArray b;
-    for (QChar c : s) {
-        const char hi = char(c.unicode() >> 8), lo = char(c.unicode() & 0xFF);
-        b.append(bigEndian ? hi : lo).append(bigEndian ? lo : hi);
-    }
-    return b;
-}
-
 TEST(Conversions, EveryEncodingDecodesToTheSameLines)
 {
     const QString s = u"<TITLE>Prüfung Ω</TITLE>\r\nzweite Zeile\r\n"_qs;
-    const std::pair<const char *, QByteArray> cases[] = {{"Utf16LeMark", QByteArray("\xFF\xFE", 2) + utf16(s, false)},
-                                                         {"Utf16BeMark", QByteArray("\xFE\xFF", 2) + utf16(s, true)},
-                                                         {"Utf16LeNoMark", utf16(s, false)},
-                                                         {"Utf16BeNoMark", utf16(s, true)},
+    const auto utf16 = [&](bool bigEndian) {
+        return QByteArray(QStringEncoder(bigEndian ? QStringEncoder::Utf16BE : QStringEncoder::Utf16LE).encode(s));
+    };
+    const std::pair<const char *, QByteArray> cases[] = {{"Utf16LeMark", QByteArray("\xFF\xFE", 2) + utf16(false)},
+                                                         {"Utf16BeMark", QByteArray("\xFE\xFF", 2) + utf16(true)},
+                                                         {"Utf16LeNoMark", utf16(false)},
+                                                         {"Utf16BeNoMark", utf16(true)},
                                                          {"Utf8Mark", QByteArray("\xEF\xBB\xBF") + s.toUtf8()},
                                                          {"Utf8NoMark", s.toUtf8()},
                                                          {"LfOnly", QString(s).replace(u"\r\n"_qs, u"\n"_qs).toUtf8()},
@@ -80,7 +74,7 @@ TEST(Conversions, EveryEncodingDecodesToTheSameLines)
     EXPECT_TRUE(splitTextLines(QString()).isEmpty());
 }
 
-TEST(GetTextFileHTML, TellsMissingGeneratedAndHandMadePagesApart)
+TEST(GetTextFileHTML, TellsMissingGeneratedAndHandMadePagesApartAndReportsMissingTemplates)
 {
     TestContext tc;
     writeFileBytes(tc.path(u"generated.html"_qs), "<html>\r\n<title>made by HARKO & CO</title>\r\n<p>x</p>\r\n");
@@ -98,11 +92,8 @@ TEST(GetTextFileHTML, TellsMissingGeneratedAndHandMadePagesApart)
     for (const auto &[file, checkMark, answer] : cases)
         EXPECT_EQ(GetTextFileHTML(tc.ctx, tc.path(QString::fromLatin1(file)), false, checkMark), answer) << file;
     EXPECT_EQ(tc.errorLog(), QString());
-}
 
-TEST(GetTextFileHTML, ReportsAMissingFileWhenAsked)
-{
-    TestContext tc;
+    // A missing template is reported when asked for: logged unattended, else shown.
     tc.ctx.state.unattended = true;
     const QString missing = tc.path(u"Source_Alarms.html"_qs);
     EXPECT_EQ(GetTextFileHTML(tc.ctx, missing, true, false), QStringList{QString()});
