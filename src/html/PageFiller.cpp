@@ -115,6 +115,17 @@ bool hasHash(const QString &s)
     return s.contains(u'#');
 }
 
+// Where "<br>" starts from `from` on, or -1; looked for by its first character,
+// which the lines hold far fewer of than letters.
+qsizetype indexOfBr(QStringView text, qsizetype from)
+{
+    for (qsizetype at = text.indexOf(QChar(u'<'), from); at >= 0; at = text.indexOf(QChar(u'<'), at + 1)) {
+        if (text.sliced(at).startsWith(kBr))
+            return at;
+    }
+    return -1;
+}
+
 void appendLineEnd(QString &out)
 {
     out += u'\r';
@@ -237,17 +248,19 @@ bool PreparedTemplate::appendPage(const PageData &data, QString &out) const
         return false;
     QString line;
     for (const std::vector<Piece> &pieces : m_lines) {
-        line.resize(0);
-        appendLine(pieces, data, line);
-        // As ConvertHTMLBrToMultiline: a break after every "<br>", then one empty line.
-        qsizetype at = m_splitsAtBr ? line.indexOf(kBr) : -1;
+        const qsizetype start = out.size();
+        appendLine(pieces, data, out);
+        qsizetype at = m_splitsAtBr ? indexOfBr(out, start) : -1;
         if (at < 0) {
-            out += line;
             appendLineEnd(out);
             continue;
         }
+        // As ConvertHTMLBrToMultiline: a break after every "<br>", then one empty line.
+        line.resize(0);
+        line.append(out.constData() + start, out.size() - start);
+        out.truncate(start);
         qsizetype from = 0;
-        for (; at >= 0; at = line.indexOf(kBr, from)) {
+        for (at = indexOfBr(line, 0); at >= 0; at = indexOfBr(line, from)) {
             out.append(line.constData() + from, at + kBr.size() - from);
             appendLineEnd(out);
             from = at + kBr.size();

@@ -43,13 +43,14 @@ struct TextWidthBreaker::FontMeasure {
         // Other scripts, controls (tabs), combining marks and surrogates are always shaped.
         return !(c < 0x20 || (c >= 0x7F && c < 0xA0) || (c >= 0x300 && c < 0x370) || c >= kEstimableEnd);
     }
+    // The look-ups run for every character of every text: the table hit is
+    // kept small enough to be inlined, the first measurement is not.
     double advance(char16_t c)
     {
-        double &a = advances[c];
-        if (qIsNaN(a))
-            a = metricsF.horizontalAdvance(QChar(c));
-        return a;
+        const double a = advances[c];
+        return qIsNaN(a) ? measureAdvance(c) : a;
     }
+    Q_NEVER_INLINE double measureAdvance(char16_t c) { return advances[c] = metricsF.horizontalAdvance(QChar(c)); }
     double measurePair(char16_t a, char16_t b)
     {
         const QChar both[2] = {QChar(a), QChar(b)};
@@ -58,11 +59,16 @@ struct TextWidthBreaker::FontMeasure {
     double pair(char16_t a, char16_t b)
     {
         if (a < kLatinEnd && b < kLatinEnd) {
-            float &k = latinPairs[a * kLatinEnd + b];
-            if (qIsNaN(k))
-                k = float(measurePair(a, b));
-            return k;
+            const float k = latinPairs[a * kLatinEnd + b];
+            if (!qIsNaN(k))
+                return k;
         }
+        return measureOrLookUpPair(a, b);
+    }
+    Q_NEVER_INLINE double measureOrLookUpPair(char16_t a, char16_t b)
+    {
+        if (a < kLatinEnd && b < kLatinEnd)
+            return latinPairs[a * kLatinEnd + b] = float(measurePair(a, b));
         const quint32 key = (quint32(a) << 16) | b;
         auto it = otherPairs.constFind(key);
         if (it == otherPairs.constEnd())
@@ -172,7 +178,7 @@ class WordWalk
         if (m_done)
             return false;
         const qsizetype n = m_text.size();
-        qsizetype end = m_text.indexOf(u' ', m_pos);
+        qsizetype end = m_text.indexOf(QChar(u' '), m_pos);
         if (end < 0)
             end = n;
         word = m_text.mid(m_pos, end - m_pos);
