@@ -119,6 +119,7 @@ class HtmlRun
     QString fontSize;
     int lineWidth = 0;
     QSet<QString> existingDirs;
+    QSet<QString> readyPageDirs; // page folders whose whole path was made sure of
     QSet<QString> reportedNames;
     LanguageCache languages;
     IndexTextCache indexTexts;
@@ -315,8 +316,11 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
             appendTextLines(lines, page);
         }
         // Rows of a machine or language that the tree does not know yet get their folders now.
-        if (!ensurePageDirectory(rowMachine, kind.word, rowLanguage))
-            return false;
+        if (!readyPageDirs.contains(pageDir)) {
+            if (!ensurePageDirectory(rowMachine, kind.word, rowLanguage))
+                return false;
+            readyPageDirs.insert(pageDir);
+        }
         // The folder was checked to lie inside the help directory, the file name is a safe name.
         if (!writeHtmlPageText(pagePath, page))
             throw std::runtime_error(("Cannot write " + pagePath).toStdString());
