@@ -115,13 +115,13 @@ bool hasHash(const QString &s)
     return s.contains(u'#');
 }
 
-// Where "<br>" starts from `from` on, or -1; looked for by its first character,
-// which the lines hold far fewer of than letters.
+// Where "<br>" starts from `from` on, or -1.
 qsizetype indexOfBr(QStringView text, qsizetype from)
 {
-    for (qsizetype at = text.indexOf(QChar(u'<'), from); at >= 0; at = text.indexOf(QChar(u'<'), at + 1)) {
-        if (text.sliced(at).startsWith(kBr))
-            return at;
+    const QChar *p = text.data();
+    for (qsizetype i = from, last = text.size() - 4; i <= last; ++i) {
+        if (p[i] == u'<' && p[i + 1] == u'b' && p[i + 2] == u'r' && p[i + 3] == u'>')
+            return i;
     }
     return -1;
 }
@@ -193,7 +193,10 @@ PreparedTemplate::PreparedTemplate(Context &ctx, const HtmlKind &kind, const QSt
                 pieces.push_back({QString(), int(line.at(i).unicode() - kStandInBase)});
             from = i + 1;
         }
-        m_lines.push_back(std::move(pieces));
+        // Only values, or the template's own tags, can put a "<br>" into the line.
+        const bool mayHoldBr =
+            line.contains(kBr) || std::any_of(pieces.begin(), pieces.end(), [](const Piece &p) { return p.slot >= 0; });
+        m_lines.push_back({std::move(pieces), mayHoldBr});
     }
     m_splitsAtBr = marked;
 }
@@ -247,10 +250,10 @@ bool PreparedTemplate::appendPage(const PageData &data, QString &out) const
     if (!accepts(data))
         return false;
     QString line;
-    for (const std::vector<Piece> &pieces : m_lines) {
+    for (const Line &l : m_lines) {
         const qsizetype start = out.size();
-        appendLine(pieces, data, out);
-        qsizetype at = m_splitsAtBr ? indexOfBr(out, start) : -1;
+        appendLine(l.pieces, data, out);
+        qsizetype at = m_splitsAtBr && l.mayHoldBr ? indexOfBr(out, start) : -1;
         if (at < 0) {
             appendLineEnd(out);
             continue;

@@ -48,7 +48,11 @@ class PreparedTemplate
     bool accepts(const PageData &data) const;
     void appendLine(const std::vector<Piece> &line, const PageData &data, QString &out) const;
 
-    std::vector<std::vector<Piece>> m_lines;
+    struct Line {
+        std::vector<Piece> pieces;
+        bool mayHoldBr;
+    };
+    std::vector<Line> m_lines;
     bool m_usable = true;
     bool m_splitsAtBr = false; // the item text went in: lines split after every "<br>"
 };

@@ -80,6 +80,11 @@ const PreparedCase kCases[] = {
      {u"###FONT###SIZE###"_qs, u"<br>###WEIGHT###"_qs},
      pageData(u"Arial"_qs, {}, kText),
      true},
+    {"TemplateBreakTagsSplitWithTheText",
+     KindWarnings,
+     {u"x<br>y<br>"_qs, u"###FUNCTION###"_qs, u"</P>"_qs},
+     pageData(u"Arial"_qs, {}, kText),
+     true},
     {"NoItemTextNoSplit", KindMaterialChange, {u"a<br>b ###FONT###"_qs}, pageData(u"Arial"_qs, {}, kText), true},
     // A value that could complete a placeholder, or hold one: filled line by line.
     {"ValueAfterAHalfPlaceholder",
