@@ -48,7 +48,7 @@ struct TextWidthBreaker::FontMeasure {
     double advance(char16_t c)
     {
         const double a = advances[c];
-        return qIsNaN(a) ? measureAdvance(c) : a;
+        return std::isnan(a) ? measureAdvance(c) : a;
     }
     Q_NEVER_INLINE double measureAdvance(char16_t c) { return advances[c] = metricsF.horizontalAdvance(QChar(c)); }
     double measurePair(char16_t a, char16_t b)
@@ -60,7 +60,7 @@ struct TextWidthBreaker::FontMeasure {
     {
         if (a < kLatinEnd && b < kLatinEnd) {
             const float k = latinPairs[a * kLatinEnd + b];
-            if (!qIsNaN(k))
+            if (!std::isnan(k))
                 return k;
         }
         return measureOrLookUpPair(a, b);
@@ -138,14 +138,22 @@ void TextWidthBreaker::setFont(const QString &fontName, const QString &fontSize,
     m_lastSize = fontSize;
     if (!fontWeight.isEmpty())
         m_lastWeight = fontWeight;
+    // Languages take turns row by row: a font met before is taken as it was made.
+    const QString arguments = fontName + QLatin1Char('\n') + fontSize + QLatin1Char('\n') + fontWeight;
+    if (const auto known = m_fontsByArguments.constFind(arguments); known != m_fontsByArguments.constEnd()) {
+        m_font = known->first;
+        m_measure = known->second;
+        return;
+    }
     m_font.setFamily(fontName);
-    bool ok = false;
-    const double points = fontSize.trimmed().toDouble(&ok);
-    if (ok && points > 0)
+    bool sizeOk = false, weightOk = false;
+    const double points = fontSize.trimmed().toDouble(&sizeOk);
+    sizeOk = sizeOk && points > 0;
+    if (sizeOk)
         m_font.setPixelSize(pixelSizeForPoints(points));
     if (!fontWeight.isEmpty()) {
-        const int weight = fontWeight.trimmed().toInt(&ok);
-        if (ok)
+        const int weight = fontWeight.trimmed().toInt(&weightOk);
+        if (weightOk)
             m_font.setWeight(QFont::Weight(std::clamp(weight, 1, 1000)));
     }
     // One metrics object per font for the whole life of the breaker.
@@ -154,6 +162,9 @@ void TextWidthBreaker::setFont(const QString &fontName, const QString &fontSize,
     if (it == m_measures.end())
         it = m_measures.insert(key, std::make_shared<FontMeasure>(m_font));
     m_measure = it->get();
+    // Only arguments that set both size and weight make the font on their own.
+    if (sizeOk && weightOk)
+        m_fontsByArguments.insert(arguments, {m_font, m_measure});
 }
 
 int TextWidthBreaker::textWidthTwips(const QString &text) const
@@ -178,9 +189,9 @@ class WordWalk
         if (m_done)
             return false;
         const qsizetype n = m_text.size();
-        qsizetype end = m_text.indexOf(QChar(u' '), m_pos);
-        if (end < 0)
-            end = n;
+        qsizetype end = m_pos;
+        while (end < n && m_text[end] != u' ')
+            ++end;
         word = m_text.mid(m_pos, end - m_pos);
         m_pos = end;
         while (m_pos < n && m_text[m_pos] == u' ')

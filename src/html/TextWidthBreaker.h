@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 #include <memory>
+#include <utility>
 
 class QFontMetricsF;
 
@@ -47,6 +48,7 @@ class TextWidthBreaker
     QHash<QString, std::shared_ptr<FontMeasure>> m_measures;
     bool m_measureEveryJoin = false;
     QString m_lastName, m_lastSize, m_lastWeight; // the arguments that made m_font
+    QHash<QString, std::pair<QFont, FontMeasure *>> m_fontsByArguments;
 };
 
 // Splits at blanks as the line breaker does: runs of blanks count as one.
