@@ -28,7 +28,8 @@ QString SingleLineDBToMultiLineHTML(Context &ctx, const QString &text)
                 ++from;
         }
         out.append(text.constData() + from, n - from);
-        if (!out.contains(QLatin1String("\r\n")))
+        // Most texts hold no CR at all: that is a quicker question than the pair.
+        if (!out.contains(u'\r') || !out.contains(QLatin1String("\r\n")))
             return out;
         if (ctx.processEvents)
             ctx.processEvents();

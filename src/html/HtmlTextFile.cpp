@@ -98,11 +98,37 @@ QStringList splitTextLines(const QString &text)
     return lines;
 }
 
-bool hasGeneratedPageMark(const QString &line)
+namespace
+{
+
+bool hasMark(QStringView line)
 {
     // The caseless searches are slow: most lines are ruled out by their lack of '&'.
     return line.contains(QLatin1Char('&')) && line.contains(QLatin1String("<TITLE>"), Qt::CaseInsensitive) &&
            line.contains(QLatin1String("Harko & Co"), Qt::CaseInsensitive);
+}
+
+// Whether any line of the text carries the mark; the mark holds no line break,
+// so the lines need not be cut out first.
+bool hasMarkedLine(const QString &text)
+{
+    const QStringView all(text);
+    qsizetype start = 0;
+    for (qsizetype i = 0; i <= all.size(); ++i) {
+        if (i < all.size() && all[i] != u'\n' && all[i] != u'\r')
+            continue;
+        if (hasMark(all.mid(start, i - start)))
+            return true;
+        start = i + 1;
+    }
+    return false;
+}
+
+} // namespace
+
+bool hasGeneratedPageMark(const QString &line)
+{
+    return hasMark(line);
 }
 
 QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool checkTitle)
@@ -116,18 +142,16 @@ QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool
                         Buttons::OK, Icon::Critical);
             return {QString()};
         }
-        const QStringList lines = splitTextLines(decodeTextFileBytes(bytes));
+        const QString text = decodeTextFileBytes(bytes);
         if (ctx.processEvents)
             ctx.processEvents();
+        // A generated page (the common case of a rerun) is never cut into lines.
+        if (checkTitle && hasMarkedLine(text))
+            return {QString()};
+        const QStringList lines = splitTextLines(text);
         // An empty file reads as one empty line in both modes.
         if (lines.isEmpty())
             return {QString()};
-        if (checkTitle) {
-            for (const QString &line : lines) {
-                if (hasGeneratedPageMark(line))
-                    return {QString()};
-            }
-        }
         return lines;
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("GetTextFileHTML"), e);
