@@ -120,6 +120,8 @@ class HtmlRun
     int lineWidth = 0;
     QSet<QString> existingDirs;
     QSet<QString> readyPageDirs; // page folders whose whole path was made sure of
+    QSet<QString> createdDirs;   // folders this run made
+    QSet<QString> writtenPages;  // pages this run wrote into such folders
     QSet<QString> reportedNames;
     LanguageCache languages;
     IndexTextCache indexTexts;
@@ -156,9 +158,14 @@ bool HtmlRun::ensureDirectory(const QString &path)
 {
     if (existingDirs.contains(path))
         return true;
-    if (!isPathInside(mainDir, path) || !GetDirectory(ctx, path))
+    if (!isPathInside(mainDir, path))
+        return false;
+    const bool existed = directoryExists(path);
+    if (!GetDirectory(ctx, path))
         return false;
     existingDirs.insert(path);
+    if (!existed)
+        createdDirs.insert(path);
     return true;
 }
 
@@ -278,7 +285,11 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
             continue;
         const QString pageDir = mainDir + rowMachine + sep + kind.word + sep + rowLanguage;
         const QString pagePath = pageDir + sep + rowNumber + QStringLiteral(".html");
-        const QStringList existing = GetTextFileHTML(ctx, pagePath, false, true);
+        // A folder this run made holds only the pages it wrote: no need to look for others.
+        const bool newFolder = createdDirs.contains(pageDir);
+        const QStringList existing = newFolder && !writtenPages.contains(pagePath)
+                                         ? QStringList{QStringLiteral("-1")}
+                                         : GetTextFileHTML(ctx, pagePath, false, true);
         const bool noPage = existing.size() == 1 && existing.first() == QLatin1String("-1");
         const bool generatedPage = existing.size() == 1 && existing.first().isEmpty();
 
@@ -324,6 +335,8 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
         // The folder was checked to lie inside the help directory, the file name is a safe name.
         if (!writeHtmlPageText(pagePath, page))
             throw std::runtime_error(("Cannot write " + pagePath).toStdString());
+        if (createdDirs.contains(pageDir))
+            writtenPages.insert(pagePath);
     }
     return true;
 }
