@@ -5,6 +5,8 @@
 #include "html/HtmlConversions.h"
 #include "html/IndexText.h"
 
+#include <algorithm>
+
 namespace ht
 {
 
