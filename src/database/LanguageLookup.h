@@ -27,7 +27,7 @@ QString GetLanguageID(Context &ctx, const QString &number); // "-1" when unknown
 // numbers given and "" for those left out; element 0 is "-1" (and the rest "")
 // when the specification is unusable (no name, a part after the name that is
 // not a number, more than seven numbers).
-QStringList GetFontSpecs(const QString &spec);
+QStringList GetFontSpecs(const QString &fontSpec);
 enum FontSpecIndex { FontName = 0, FontSize = 1, FontWeight = 2, FontCharSet = 3 };
 
 struct ExistingLanguage {

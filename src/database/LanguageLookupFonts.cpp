@@ -54,10 +54,10 @@ bool sameValue(const QVariant &a, const QVariant &b)
 
 } // namespace
 
-QStringList GetFontSpecs(const QString &spec)
+QStringList GetFontSpecs(const QString &fontSpec)
 {
     static const QRegularExpression blanks(QStringLiteral("\\s+"));
-    const QStringList parts = spec.split(blanks, Qt::SkipEmptyParts);
+    const QStringList parts = fontSpec.split(blanks, Qt::SkipEmptyParts);
     qsizetype firstNumber = 0;
     while (firstNumber < parts.size() && !isNumber(parts[firstNumber]))
         ++firstNumber;

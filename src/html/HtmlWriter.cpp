@@ -236,14 +236,14 @@ PageData HtmlRun::pageData(const HtmlKind &kind, const QStringList &row)
         cp = languages.codePages.insert(language, ctx.state.langLookupDB.isEmpty() ? QStringLiteral("-1")
                                                                                    : GetCodePage(ctx, language));
     ctx.state.currentCodePage = *cp;
-    auto spec = languages.fontSpecs.find(row[ColFont]);
-    if (spec == languages.fontSpecs.end())
-        spec = languages.fontSpecs.insert(row[ColFont], GetFontSpecs(row[ColFont]));
+    auto fontSpec = languages.fontSpecs.find(row[ColFont]);
+    if (fontSpec == languages.fontSpecs.end())
+        fontSpec = languages.fontSpecs.insert(row[ColFont], GetFontSpecs(row[ColFont]));
 
     PageData data;
-    data.fontName = spec->value(0);
+    data.fontName = fontSpec->value(0);
     data.fontSize = fontSize;
-    data.fontWeight = spec->value(2);
+    data.fontWeight = fontSpec->value(2);
     data.languageNumber = row[ColLanguage];
     if (kind.multiValueFields) {
         for (int f = 0; f < 6; ++f)

@@ -20,13 +20,13 @@ const std::vector<LookupRow> kLanguages = {
 };
 
 struct FontCase {
-    const char *spec;
+    const char *fontSpec;
     QStringList expected; // without the padding to eight elements
 };
 
 void PrintTo(const FontCase &c, std::ostream *os)
 {
-    *os << '"' << c.spec << '"';
+    *os << '"' << c.fontSpec << '"';
 }
 
 class FontSpecs : public ::testing::TestWithParam<FontCase>
@@ -48,11 +48,11 @@ TEST_P(FontSpecs, SplitsNameAndNumbers)
 {
     QStringList expected = GetParam().expected;
     expected.resize(8);
-    EXPECT_EQ(GetFontSpecs(QString::fromUtf8(GetParam().spec)), expected) << GetParam().spec;
+    EXPECT_EQ(GetFontSpecs(QString::fromUtf8(GetParam().fontSpec)), expected) << GetParam().fontSpec;
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Specs, FontSpecs,
+    FontCases, FontSpecs,
     ::testing::Values(FontCase{"Arial 10 400", {"Arial", "10", "400"}},
                       FontCase{"Times New Roman 12 700 0", {"Times New Roman", "12", "700", "0"}},
                       FontCase{"  Arial   9.5\t400  ", {"Arial", "9.5", "400"}}, FontCase{"Arial", {"Arial"}},
