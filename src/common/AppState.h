@@ -39,6 +39,9 @@ struct AppState {
     bool unattended = false;        // messages go to the error log instead of boxes
     bool writingHtml = false;
     bool abortHtml = false;
+    // Set by a page run that left pages unwritten: a failure, a name that
+    // cannot be a folder, a missing template, or the run cut short.
+    bool htmlRunFailed = false;
     bool programEnding = false;
     bool pathsRead = false;
     bool startupChecksDone = false;

@@ -167,4 +167,14 @@ QString SingleLineToMultiLine(Context &ctx, const QString &text)
     return text;
 }
 
+QString shortForLog(const QString &value, qsizetype maxLength)
+{
+    if (value.size() <= maxLength)
+        return value;
+    qsizetype n = maxLength;
+    if (value.at(n - 1).isHighSurrogate())
+        --n;
+    return value.left(n) + QStringLiteral("... (%1 characters)").arg(value.size());
+}
+
 } // namespace ht

@@ -17,5 +17,7 @@ QString ReplaceStringInTextMultiLine(Context &ctx, const QString &text, const QS
 QStringList StringToStringArray(Context &ctx, const QString &text, const QString &separator);
 // Multi-line text to the stored one-line form ("/" for each line break).
 QString SingleLineToMultiLine(Context &ctx, const QString &text);
+// A value as a log line may quote it: a long one is cut, saying how long it was.
+QString shortForLog(const QString &value, qsizetype maxLength = 200);
 
 } // namespace ht

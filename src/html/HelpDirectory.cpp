@@ -58,16 +58,25 @@ int Abort_WriteHTML(Context &ctx)
     }
 }
 
+bool hasRealScreen()
+{
+    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        return false;
+    const QString platform = QGuiApplication::platformName();
+    return platform != QLatin1String("offscreen") && platform != QLatin1String("minimal") &&
+           QGuiApplication::primaryScreen() != nullptr;
+}
+
 void GetScopiaResolution(Context &ctx)
 {
     const int fallback = 1024;
     try {
-        if (ctx.state.runningOnMachinePC) {
-            // The panel's own screen: its width in pixels (twips / 15).
-            const QScreen *screen = QGuiApplication::primaryScreen();
-            ctx.state.screenResolution = QString::number(screen ? screen->geometry().width() : fallback);
+        // The panel's own screen counts when there is one: its width in pixels (twips / 15).
+        if (ctx.state.runningOnMachinePC && hasRealScreen()) {
+            ctx.state.screenResolution = QString::number(QGuiApplication::primaryScreen()->geometry().width());
             return;
         }
+        // Without one (a batch run without display) the settings file says what the panel has.
         const QString section = QStringLiteral("Setup"), key = QStringLiteral("ScreenResolution");
         const int stored = LoadIniInteger(ctx, section, key, ctx.state.iniPath, false, false);
         if (stored > 0) {

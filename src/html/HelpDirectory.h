@@ -4,14 +4,19 @@
 
 #include <QString>
 
-namespace ht {
+namespace ht
+{
 
 struct Context;
 
 QString GetHelpMainDir(Context &ctx, bool &checkOnly, bool &select);
 // 1 when the user chose to abort the running generation, else 0.
 int Abort_WriteHTML(Context &ctx);
-// Fills ctx.state.screenResolution.
+// Fills ctx.state.screenResolution: the screen's width on the machine PC,
+// else (and on a machine PC without a real screen) Setup/ScreenResolution of
+// the settings file, asked for at a workstation, 1024 when nobody can say.
 void GetScopiaResolution(Context &ctx);
+// False on the headless platforms (offscreen, minimal) and without a screen.
+bool hasRealScreen();
 
 } // namespace ht

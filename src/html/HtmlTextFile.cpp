@@ -2,12 +2,12 @@
 
 #include "common/Context.h"
 #include "common/ErrorLog.h"
+#include "common/FileIo.h"
 #include "common/Messages.h"
 
 #include <QFile>
 #include <QSysInfo>
 #include <QtEndian>
-#include <cstdio>
 
 namespace ht
 {
@@ -29,30 +29,9 @@ QString decodeUtf16(const char *data, qsizetype size, bool bigEndian)
     return out;
 }
 
-// Plain C streams: pages are many and small, and a QFile costs an extra
-// status call per open.
-std::FILE *openFile(const QString &path, bool write)
-{
-#ifdef Q_OS_WIN
-    return _wfopen(reinterpret_cast<const wchar_t *>(path.utf16()), write ? L"wb" : L"rb");
-#else
-    return std::fopen(QFile::encodeName(path).constData(), write ? "wb" : "rb");
-#endif
-}
-
-bool readWholeFile(const QString &path, QByteArray &bytes)
-{
-    std::FILE *f = openFile(path, false);
-    if (!f)
-        return false;
-    char buffer[16384];
-    size_t n;
-    while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
-        bytes.append(buffer, qsizetype(n));
-    const bool ok = !std::ferror(f);
-    std::fclose(f);
-    return ok;
-}
+// Pages and templates this large are not help pages: a page is never read
+// past this, and a template that large is refused.
+constexpr qint64 kMaxPageBytes = 64 * 1024 * 1024;
 
 } // namespace
 
@@ -131,18 +110,31 @@ bool hasGeneratedPageMark(const QString &line)
     return hasMark(line);
 }
 
+QString decodeExistingPage(const QByteArray &bytes)
+{
+    const bool marked = bytes.startsWith("\xFF\xFE");
+    return decodeUtf16(bytes.constData() + (marked ? 2 : 0), bytes.size() - (marked ? 2 : 0), false);
+}
+
 QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool checkTitle)
 {
     try {
         QByteArray bytes;
-        if (!readWholeFile(path, bytes)) {
+        // A page standing in the help directory is never followed out of it
+        // through a link; a template may be a link to a shared one.
+        const FileRead read = readRegularFile(path, kMaxPageBytes, !checkTitle, bytes);
+        if (read != FileRead::Ok && checkTitle && read != FileRead::Missing)
+            return {kUnreadablePage}; // a link, folder or huge file: not ours to replace
+        if (read != FileRead::Ok) {
             if (!report)
                 return {QStringLiteral("-1")};
             showMessage(ctx, QStringLiteral("Error reading predefined HTML-File \"") + path + QStringLiteral("\"!"),
                         Buttons::OK, Icon::Critical);
             return {QString()};
         }
-        const QString text = decodeTextFileBytes(bytes);
+        // Pages are UTF-16 text: one saved in another encoding shows no mark
+        // and is kept as made by hand. Templates may come in any encoding.
+        const QString text = checkTitle ? decodeExistingPage(bytes) : decodeTextFileBytes(bytes);
         if (ctx.processEvents)
             ctx.processEvents();
         // A generated page (the common case of a rerun) is never cut into lines.
@@ -159,11 +151,8 @@ QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool
     }
 }
 
-bool writeHtmlPageText(const QString &path, const QString &text)
+bool writeHtmlPageText(const QString &path, const QString &text, QString *error)
 {
-    std::FILE *f = openFile(path, true);
-    if (!f)
-        return false;
     // One write for the whole page, converted only where the machine's byte
     // order is not already little-endian.
     QByteArray swapped;
@@ -173,9 +162,7 @@ bool writeHtmlPageText(const QString &path, const QString &text)
         qToLittleEndian<char16_t>(text.constData(), text.size(), swapped.data());
         bytes = swapped.constData();
     }
-    const size_t size = size_t(text.size()) * 2;
-    const bool written = std::fwrite(bytes, 1, size, f) == size;
-    return std::fclose(f) == 0 && written;
+    return replaceFile(path, bytes, qint64(text.size()) * 2, error);
 }
 
 void appendTextLines(const QStringList &lines, QString &text)

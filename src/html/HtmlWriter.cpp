@@ -14,10 +14,10 @@
 #include "html/HtmlTextFile.h"
 #include "html/IndexText.h"
 #include "html/PageFiller.h"
+#include "html/PageWorkers.h"
 #include "html/SafePathName.h"
-#include "html/TextWidthBreaker.h"
 
-#include <QFile>
+#include <QFileInfo>
 #include <QHash>
 #include <QSet>
 #include <chrono>
@@ -33,6 +33,8 @@ namespace
 
 const QString kProc = QStringLiteral("WriteHTMLPage");
 int eventIntervalMs = 20;
+// Two pages are made at once: one thread lays a page out while the other waits for the disk.
+constexpr int kWorkerThreads = 2;
 
 // For the length of a run, window events run at most once per interval: a
 // bulk run offers them several times per page, and each costs a system call.
@@ -90,6 +92,9 @@ struct LanguageCache {
     QHash<QString, QStringList> fontSpecs; // Language.Font -> parts
 };
 
+// Whether a folder below the help directory can take pages.
+enum class Folder { Ready, Skipped, Failed };
+
 class HtmlRun
 {
   public:
@@ -100,32 +105,38 @@ class HtmlRun
 
   private:
     bool createDirectoryTree(Database &db);
-    bool ensureDirectory(const QString &path);
-    bool ensurePageDirectory(const QString &machine, const QString &kindWord, const QString &language);
+    Folder ensureDirectory(const QString &path);
+    Folder ensurePageDirectory(const QString &machine, const QString &kindWord, const QString &language);
     bool isUsableName(const QString &what, const QString &name);
+    void skipFolder(const QString &path, const QString &why);
     std::vector<QStringList> loadRows(Database &db, const HtmlKind &kind, const QString &machine,
                                       const QString &language, long itemNumber);
-    PageData pageData(const HtmlKind &kind, const QStringList &row);
+    std::shared_ptr<const PreparedTemplate> preparedTemplate(const HtmlKind &kind, const QStringList &templateLines,
+                                                             const QString &languageNumber);
+    const QStringList &fontSpecOf(const QStringList &row);
     // False when the whole run must stop.
     bool writeKind(Database &db, const HtmlKind &kind, const QString &machine, const QString &language,
                    long itemNumber);
+    void post(PageJob job);
+    void finishWrites();
     void stop();
     bool indexTextDatabaseLost();
 
     Context &ctx;
     StatusTarget *form;
     QString mainDir;
+    QString realMainDir; // with every link resolved
     QString suffix;
     QString fontSize;
     int lineWidth = 0;
-    QSet<QString> existingDirs;
-    QSet<QString> readyPageDirs; // page folders whose whole path was made sure of
-    QSet<QString> createdDirs;   // folders this run made
-    QSet<QString> writtenPages;  // pages this run wrote into such folders
-    QSet<QString> reportedNames;
+    QHash<QString, Folder> folders; // folders looked at in this run
+    QSet<QString> createdDirs;      // folders this run made
+    QSet<QString> postedPages;      // pages posted into such folders
+    QSet<QString> reported;         // names and folders already logged
     LanguageCache languages;
     IndexTextCache indexTexts;
-    TextWidthBreaker breaker;
+    std::map<QString, std::shared_ptr<const PreparedTemplate>> templates; // per language, for the current kind
+    std::unique_ptr<PageWorkers> workers;
 };
 
 bool HtmlRun::indexTextDatabaseLost()
@@ -146,35 +157,66 @@ bool HtmlRun::isUsableName(const QString &what, const QString &name)
 {
     if (isSafePathName(name))
         return true;
-    if (!reportedNames.contains(what + name)) {
-        reportedNames.insert(what + name);
-        LogError(ctx, QStringLiteral("No help pages for ") + what + QStringLiteral(" \"") + name +
+    ctx.state.htmlRunFailed = true;
+    if (!reported.contains(what + name)) {
+        reported.insert(what + name);
+        LogError(ctx, QStringLiteral("No help pages for ") + what + QStringLiteral(" \"") + shortForLog(name) +
                           QStringLiteral("\": the name cannot be used as a folder name."));
     }
     return false;
 }
 
-bool HtmlRun::ensureDirectory(const QString &path)
+void HtmlRun::skipFolder(const QString &path, const QString &why)
 {
-    if (existingDirs.contains(path))
-        return true;
-    if (!isPathInside(mainDir, path))
-        return false;
-    const bool existed = directoryExists(path);
-    if (!GetDirectory(ctx, path))
-        return false;
-    existingDirs.insert(path);
-    if (!existed)
-        createdDirs.insert(path);
-    return true;
+    folders.insert(path, Folder::Skipped);
+    ctx.state.htmlRunFailed = true;
+    if (!reported.contains(path)) {
+        reported.insert(path);
+        LogError(ctx, QStringLiteral("No help pages in \"") + path + QStringLiteral("\": ") + why);
+    }
 }
 
-bool HtmlRun::ensurePageDirectory(const QString &machine, const QString &kindWord, const QString &language)
+// The parent of `path` is known to be a folder of the help directory; a link
+// there is followed only when it stays inside.
+Folder HtmlRun::ensureDirectory(const QString &path)
+{
+    if (const auto known = folders.constFind(path); known != folders.constEnd())
+        return *known;
+    if (!isPathInside(mainDir, path)) {
+        skipFolder(path, QStringLiteral("the folder lies outside the help directory."));
+        return Folder::Skipped;
+    }
+    const QFileInfo info(path);
+    if (info.isSymLink()) {
+        const QString target = info.canonicalFilePath();
+        if (target.isEmpty() || !info.isDir() || !isPathInside(realMainDir, target)) {
+            skipFolder(path, QStringLiteral("the folder is a link that leads out of the help directory."));
+            return Folder::Skipped;
+        }
+    } else if (info.exists() && !info.isDir()) {
+        skipFolder(path, QStringLiteral("a file of that name is in the way."));
+        return Folder::Skipped;
+    }
+    const bool existed = info.exists();
+    if (!GetDirectory(ctx, path)) {
+        ctx.state.htmlRunFailed = true;
+        return folders.insert(path, Folder::Failed).value();
+    }
+    if (!existed)
+        createdDirs.insert(path);
+    return folders.insert(path, Folder::Ready).value();
+}
+
+Folder HtmlRun::ensurePageDirectory(const QString &machine, const QString &kindWord, const QString &language)
 {
     const QChar sep = pathSeparator();
     const QString machineDir = mainDir + machine;
     const QString kindDir = machineDir + sep + kindWord;
-    return ensureDirectory(machineDir) && ensureDirectory(kindDir) && ensureDirectory(kindDir + sep + language);
+    for (const QString &dir : {machineDir, kindDir, kindDir + sep + language}) {
+        if (const Folder f = ensureDirectory(dir); f != Folder::Ready)
+            return f;
+    }
+    return Folder::Ready;
 }
 
 bool HtmlRun::createDirectoryTree(Database &db)
@@ -184,21 +226,22 @@ bool HtmlRun::createDirectoryTree(Database &db)
                                            "AlarmDefinition.MachineType ORDER BY AlarmDefinition.MachineType;"));
     for (rs.moveFirst(); !rs.eof(); rs.moveNext())
         machines.append(fieldText(rs.value(0)));
-    QStringList folders;
+    QStringList languageFolders;
     rs = db.query(QStringLiteral("SELECT Language.Name FROM Language;"));
     for (rs.moveFirst(); !rs.eof(); rs.moveNext())
-        folders.append(fieldText(rs.value(0)));
-    folders << QStringLiteral("Picture") << QStringLiteral("Video");
+        languageFolders.append(fieldText(rs.value(0)));
+    languageFolders << QStringLiteral("Picture") << QStringLiteral("Video");
 
     const QStringList kinds{QStringLiteral("Alarms"), QStringLiteral("MaterialChange"), QStringLiteral("Warnings")};
     for (const QString &machine : machines) {
         if (machine == QLatin1String("0") || !isUsableName(QStringLiteral("machine"), machine))
             continue;
         for (const QString &kind : kinds) {
-            for (const QString &folder : folders) {
+            for (const QString &folder : languageFolders) {
                 if (!isUsableName(QStringLiteral("language"), folder))
                     continue;
-                if (!ensurePageDirectory(machine, kind, folder))
+                // A folder that cannot be had for this name only costs its own pages.
+                if (ensurePageDirectory(machine, kind, folder) == Folder::Failed)
                     return false;
             }
         }
@@ -226,10 +269,25 @@ std::vector<QStringList> HtmlRun::loadRows(Database &db, const HtmlKind &kind, c
     return rows;
 }
 
-PageData HtmlRun::pageData(const HtmlKind &kind, const QStringList &row)
+std::shared_ptr<const PreparedTemplate>
+HtmlRun::preparedTemplate(const HtmlKind &kind, const QStringList &templateLines, const QString &languageNumber)
 {
-    // Without a language-definition database there is nothing to look up; the
-    // code page does not change the page, which is always UTF-16.
+    auto prepared = templates.find(languageNumber);
+    if (prepared != templates.end())
+        return prepared->second;
+    bool indexTextLost = false;
+    auto t =
+        std::make_shared<const PreparedTemplate>(ctx, kind, templateLines, languageNumber, indexTexts, indexTextLost);
+    if (indexTextLost)
+        return nullptr;
+    templates.emplace(languageNumber, t);
+    return t;
+}
+
+const QStringList &HtmlRun::fontSpecOf(const QStringList &row)
+{
+    // The code page is looked up once per language; it does not change the
+    // page, which is always UTF-16, but stays the program's current one.
     const QString &language = row[ColName];
     auto cp = languages.codePages.find(language);
     if (cp == languages.codePages.end())
@@ -239,19 +297,27 @@ PageData HtmlRun::pageData(const HtmlKind &kind, const QStringList &row)
     auto fontSpec = languages.fontSpecs.find(row[ColFont]);
     if (fontSpec == languages.fontSpecs.end())
         fontSpec = languages.fontSpecs.insert(row[ColFont], GetFontSpecs(row[ColFont]));
+    return *fontSpec;
+}
 
-    PageData data;
-    data.fontName = fontSpec->value(0);
-    data.fontSize = fontSize;
-    data.fontWeight = fontSpec->value(2);
-    data.languageNumber = row[ColLanguage];
-    if (kind.multiValueFields) {
-        for (int f = 0; f < 6; ++f)
-            data.multiValues[f] = StringToStringArray(ctx, row[ColSensor + f], QStringLiteral("/"));
-    }
-    const QString html = SingleLineDBToMultiLineHTML(ctx, row[ColText]);
-    data.textLines = breaker.TextSingleLineToArray(ctx, html, data.fontName, data.fontSize, data.fontWeight, lineWidth);
-    return data;
+void HtmlRun::post(PageJob job)
+{
+    workers->post(std::move(job), ctx.processEvents);
+    if (!workers->failure().isEmpty())
+        finishWrites();
+}
+
+// Waits for the pages under way; a failure of any of them ends the run.
+void HtmlRun::finishWrites()
+{
+    workers->drain(ctx.processEvents);
+    const QString failure = workers->failure();
+    if (failure.isEmpty())
+        return;
+    ctx.state.htmlRunFailed = true;
+    if (workers->programEnded())
+        EndProgram(ctx, 1);
+    throw std::runtime_error(failure.toStdString());
 }
 
 bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machine, const QString &language,
@@ -259,6 +325,7 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
 {
     const QStringList templateLines = GetTextFileHTML(ctx, mainDir + kind.templateName, true, false);
     if (templateLines.isEmpty() || templateLines.first().isEmpty()) {
+        ctx.state.htmlRunFailed = true;
         if (ctx.state.unattended || !ctx.ui)
             LogError(ctx, kind.missingLogged);
         else
@@ -269,9 +336,7 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
     StatusTickNewText(ctx, form, QStringLiteral("Reading database..."));
     const std::vector<QStringList> rows = loadRows(db, kind, machine, language, itemNumber);
 
-    // The template with the index texts of each language in place, and one page buffer for the run.
-    std::map<QString, PreparedTemplate> templates;
-    QString page;
+    templates.clear(); // the template with the index texts of each language in place
     const QChar sep = pathSeparator();
     const QString tickPrefix = QStringLiteral("Generating Help-HTML  -  ") + kind.word + QStringLiteral(" (");
     for (const QStringList &row : rows) {
@@ -281,62 +346,47 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
         StatusTickNewText(ctx, form,
                           tickPrefix + rowMachine + QLatin1Char('/') + rowNumber + QStringLiteral(") ") + suffix);
         if (!isUsableName(QStringLiteral("machine"), rowMachine) ||
-            !isUsableName(QStringLiteral("language"), rowLanguage) || !isUsableName(QStringLiteral("item"), rowNumber))
+            !isUsableName(QStringLiteral("language"), rowLanguage) ||
+            !isUsableName(QStringLiteral("item"), rowNumber + QStringLiteral(".html")))
+            continue;
+        // Rows of a machine or language that the tree does not know yet get their folders now.
+        const Folder folder = ensurePageDirectory(rowMachine, kind.word, rowLanguage);
+        if (folder == Folder::Failed)
+            return false;
+        if (folder == Folder::Skipped)
             continue;
         const QString pageDir = mainDir + rowMachine + sep + kind.word + sep + rowLanguage;
-        const QString pagePath = pageDir + sep + rowNumber + QStringLiteral(".html");
-        // A folder this run made holds only the pages it wrote: no need to look for others.
+        PageJob job;
+        job.kind = &kind;
+        job.row = row;
+        job.path = pageDir + sep + rowNumber + QStringLiteral(".html");
+        // A folder this run made holds only the pages it posted: no need to look for others.
         const bool newFolder = createdDirs.contains(pageDir);
-        const QStringList existing = newFolder && !writtenPages.contains(pagePath)
-                                         ? QStringList{QStringLiteral("-1")}
-                                         : GetTextFileHTML(ctx, pagePath, false, true);
-        const bool noPage = existing.size() == 1 && existing.first() == QLatin1String("-1");
-        const bool generatedPage = existing.size() == 1 && existing.first().isEmpty();
+        job.mayExist = !newFolder || postedPages.contains(job.path);
+        if (newFolder)
+            postedPages.insert(job.path);
 
         const bool allEmpty = kind.multiValueFields
                                   ? row[ColDevice].isEmpty() && row[ColResult].isEmpty() && row[ColText].isEmpty()
                                   : row[ColText].isEmpty();
         if (allEmpty) {
-            if (generatedPage && isPathInside(mainDir, pagePath))
-                QFile::remove(pagePath);
+            job.removeOnly = true;
+            if (job.mayExist)
+                post(std::move(job));
             continue;
         }
         if (ctx.state.abortHtml)
             return false;
         if (ctx.processEvents)
             ctx.processEvents();
-        if (!noPage && !generatedPage)
-            continue; // made by hand: never overwritten
 
-        const PageData data = pageData(kind, row);
-        auto prepared = templates.find(data.languageNumber);
-        if (prepared == templates.end()) {
-            bool indexTextLost = false;
-            PreparedTemplate t(ctx, kind, templateLines, data.languageNumber, indexTexts, indexTextLost);
-            if (indexTextLost)
-                return indexTextDatabaseLost();
-            prepared = templates.emplace(data.languageNumber, std::move(t)).first;
-        }
-        page.resize(0);
-        page += QChar(0xFEFF);
-        if (!prepared->second.appendPage(data, page)) {
-            bool indexTextLost = false;
-            const QStringList lines = fillPageTemplate(ctx, kind, templateLines, data, indexTexts, indexTextLost);
-            if (indexTextLost)
-                return indexTextDatabaseLost();
-            appendTextLines(lines, page);
-        }
-        // Rows of a machine or language that the tree does not know yet get their folders now.
-        if (!readyPageDirs.contains(pageDir)) {
-            if (!ensurePageDirectory(rowMachine, kind.word, rowLanguage))
-                return false;
-            readyPageDirs.insert(pageDir);
-        }
-        // The folder was checked to lie inside the help directory, the file name is a safe name.
-        if (!writeHtmlPageText(pagePath, page))
-            throw std::runtime_error(("Cannot write " + pagePath).toStdString());
-        if (createdDirs.contains(pageDir))
-            writtenPages.insert(pagePath);
+        job.fontSpec = fontSpecOf(row);
+        job.fontSize = fontSize;
+        job.lineWidth = lineWidth;
+        job.pageTemplate = preparedTemplate(kind, templateLines, row[ColLanguage]);
+        if (!job.pageTemplate)
+            return indexTextDatabaseLost();
+        post(std::move(job));
     }
     return true;
 }
@@ -353,10 +403,12 @@ void HtmlRun::run(bool alarms, bool warnings, bool materialChange, const QString
     mainDir = ctx.state.helpMainDir;
     if (!GetDirectory(ctx, mainDir)) {
         ctx.state.writingHtml = false;
+        ctx.state.htmlRunFailed = true;
         return;
     }
     if (!mainDir.endsWith(QLatin1Char('/')) && !mainDir.endsWith(QLatin1Char('\\')))
         mainDir += pathSeparator();
+    realMainDir = QFileInfo(mainDir).canonicalFilePath();
 
     std::unique_ptr<Database> db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadOnly);
 
@@ -368,16 +420,22 @@ void HtmlRun::run(bool alarms, bool warnings, bool materialChange, const QString
     if (form)
         form->setPanelText(QStringLiteral("   Generating Help-HTML - press ESC to cancel ") + suffix);
     if (ctx.state.abortHtml || !createDirectoryTree(*db)) {
+        ctx.state.htmlRunFailed = true;
         stop();
         return;
     }
 
+    workers = std::make_unique<PageWorkers>(ctx, kWorkerThreads);
     const std::pair<bool, ItemKind> kinds[] = {
         {alarms, KindAlarms}, {warnings, KindWarnings}, {materialChange, KindMaterialChange}};
     for (const auto &[wanted, kind] : kinds) {
-        if (wanted && !writeKind(*db, htmlKind(kind), machine, language, itemNumber))
+        if (wanted && !writeKind(*db, htmlKind(kind), machine, language, itemNumber)) {
+            ctx.state.htmlRunFailed = true; // cut short
             break;
+        }
     }
+    // The pages posted before a stop are complete: they are still written.
+    finishWrites();
     stop();
 }
 
@@ -386,8 +444,10 @@ void HtmlRun::run(bool alarms, bool warnings, bool materialChange, const QString
 void WriteHTMLPage(Context &ctx, StatusTarget *form, bool &alarms, bool &warnings, bool &materialChange,
                    const QString &machine, const QString &language, long itemNumber)
 {
+    ctx.state.htmlRunFailed = false;
     try {
         if (ctx.state.helpTextDB.isEmpty()) {
+            ctx.state.htmlRunFailed = true;
             LogError(ctx, QStringLiteral("Helptext-Database not set"));
             return;
         }
@@ -396,6 +456,7 @@ void WriteHTMLPage(Context &ctx, StatusTarget *form, bool &alarms, bool &warning
             return;
         const int given = int(!machine.isEmpty()) + int(!language.isEmpty()) + int(itemNumber != 0);
         if ((kinds > 1 && given > 0) || (kinds == 1 && given != 0 && given != 3)) {
+            ctx.state.htmlRunFailed = true;
             showMessage(ctx,
                         QStringLiteral("Could not create HTML ") + LFCR + QStringLiteral("Error calling module ") +
                             kProc + QStringLiteral("!"),
@@ -406,6 +467,7 @@ void WriteHTMLPage(Context &ctx, StatusTarget *form, bool &alarms, bool &warning
         HtmlRun(ctx, form).run(alarms, warnings, materialChange, machine, language, itemNumber);
     } catch (const std::exception &e) {
         ctx.state.writingHtml = false;
+        ctx.state.htmlRunFailed = true;
         StatusEnd(ctx, form);
         reportUnexpected(ctx, kProc, e);
     }

@@ -3,6 +3,7 @@
 #include "common/Context.h"
 #include "common/StringUtils.h"
 #include "html/HtmlConversions.h"
+#include "html/HtmlTextFile.h"
 #include "html/IndexText.h"
 
 #include <algorithm>
@@ -136,20 +137,27 @@ void appendLineEnd(QString &out)
 
 } // namespace
 
-QStringList fillPageTemplate(Context &ctx, const HtmlKind &kind, const QStringList &templateLines, const PageData &data,
-                             IndexTextCache &cache, bool &indexTextLost)
+bool exchangeIndexTexts(Context &ctx, const HtmlKind &kind, QStringList &lines, const QString &languageNumber,
+                        IndexTextCache &cache)
+{
+    if (!kind.indexTexts)
+        return true;
+    for (QString &line : lines) {
+        if (!line.contains(QLatin1String("###DIREKT:")))
+            continue;
+        line = ExchangeDirectAdress_IndexText(ctx, line, languageNumber, cache);
+        if (ctx.state.indexTextDB.isEmpty())
+            return false;
+    }
+    return true;
+}
+
+QStringList fillPageLines(Context &ctx, const HtmlKind &kind, const QStringList &templateLines, const PageData &data)
 {
     QStringList out;
     out.reserve(templateLines.size() + data.textLines.size() * 2);
     bool marked = false;
     for (QString line : templateLines) {
-        if (kind.indexTexts && line.contains(QLatin1String("###DIREKT:"))) {
-            line = ExchangeDirectAdress_IndexText(ctx, line, data.languageNumber, cache);
-            if (ctx.state.indexTextDB.isEmpty()) {
-                indexTextLost = true;
-                return out;
-            }
-        }
         if (line.contains(QLatin1String("###")))
             line = fillLine(ctx, kind, line, data, marked, [](const QString &) {});
         out.append(line);
@@ -161,22 +169,31 @@ QStringList fillPageTemplate(Context &ctx, const HtmlKind &kind, const QStringLi
     return split;
 }
 
+QStringList fillPageTemplate(Context &ctx, const HtmlKind &kind, const QStringList &templateLines, const PageData &data,
+                             IndexTextCache &cache, bool &indexTextLost)
+{
+    QStringList lines = templateLines;
+    if (!exchangeIndexTexts(ctx, kind, lines, data.languageNumber, cache)) {
+        indexTextLost = true;
+        return {};
+    }
+    return fillPageLines(ctx, kind, lines, data);
+}
+
 PreparedTemplate::PreparedTemplate(Context &ctx, const HtmlKind &kind, const QStringList &templateLines,
                                    const QString &languageNumber, IndexTextCache &cache, bool &indexTextLost)
+    : m_kind(kind), m_exchanged(templateLines)
 {
     // The same steps as fillPageTemplate, the stand-ins taking the values' places.
+    if (!exchangeIndexTexts(ctx, kind, m_exchanged, languageNumber, cache)) {
+        indexTextLost = true;
+        return;
+    }
     PageData standIns = standInData();
     standIns.languageNumber = languageNumber;
     const QStringList names = placeholderNames(kind);
     bool marked = false;
-    for (QString line : templateLines) {
-        if (kind.indexTexts && line.contains(QLatin1String("###DIREKT:"))) {
-            line = ExchangeDirectAdress_IndexText(ctx, line, languageNumber, cache);
-            if (ctx.state.indexTextDB.isEmpty()) {
-                indexTextLost = true;
-                return;
-            }
-        }
+    for (QString line : m_exchanged) {
         if (std::any_of(line.begin(), line.end(), isStandIn))
             m_usable = false; // the template's own text would pass for a value
         if (line.contains(QLatin1String("###")))
@@ -201,6 +218,12 @@ PreparedTemplate::PreparedTemplate(Context &ctx, const HtmlKind &kind, const QSt
         m_lines.push_back({std::move(pieces), mayHoldBr});
     }
     m_splitsAtBr = marked;
+}
+
+void PreparedTemplate::appendFilledPage(Context &ctx, const PageData &data, QString &out) const
+{
+    if (!appendPage(data, out))
+        appendTextLines(fillPageLines(ctx, m_kind, m_exchanged, data), out);
 }
 
 bool PreparedTemplate::accepts(const PageData &data) const

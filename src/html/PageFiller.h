@@ -20,6 +20,13 @@ struct PageData {
     QString languageNumber;
 };
 
+// Replaces the index-text addresses of an alarm template's lines in place.
+// False when the index-text database is needed and none is available: the
+// run must then stop.
+bool exchangeIndexTexts(Context &ctx, const HtmlKind &kind, QStringList &lines, const QString &languageNumber,
+                        IndexTextCache &cache);
+// The page's lines from template lines whose index texts are in place already.
+QStringList fillPageLines(Context &ctx, const HtmlKind &kind, const QStringList &templateLines, const PageData &data);
 // The page's lines. `indexTextLost` is set when an alarm template needs the
 // index-text database and none is available: the run must then stop.
 QStringList fillPageTemplate(Context &ctx, const HtmlKind &kind, const QStringList &templateLines, const PageData &data,
@@ -39,6 +46,9 @@ class PreparedTemplate
     // Appends the page's lines, each followed by CR LF. False (and nothing
     // appended) when the page must be filled by fillPageTemplate.
     bool appendPage(const PageData &data, QString &out) const;
+    // Appends the page's lines either way; needs no database, so that it can
+    // run beside the thread that prepared the template (`ctx` only reports).
+    void appendFilledPage(Context &ctx, const PageData &data, QString &out) const;
 
   private:
     struct Piece {
@@ -52,6 +62,8 @@ class PreparedTemplate
         std::vector<Piece> pieces;
         bool mayHoldBr;
     };
+    const HtmlKind &m_kind;
+    QStringList m_exchanged; // the template lines with their index texts in place
     std::vector<Line> m_lines;
     bool m_usable = true;
     bool m_splitsAtBr = false; // the item text went in: lines split after every "<br>"

@@ -1,6 +1,7 @@
 #include "html/SafePathName.h"
 
 #include <QDir>
+#include <QFile>
 
 namespace ht
 {
@@ -17,7 +18,8 @@ bool isSafePathName(const QString &name)
             onlyDotsAndBlanks = false;
     }
     // Windows drops trailing dots and blanks, so "..." or ". ." would mean "." or "..".
-    return !onlyDotsAndBlanks;
+    // A file name holds 255 bytes at the most.
+    return !onlyDotsAndBlanks && QFile::encodeName(name).size() <= 255;
 }
 
 bool isPathInside(const QString &baseDir, const QString &path)

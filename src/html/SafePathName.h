@@ -9,7 +9,8 @@ namespace ht
 {
 
 // False for "", ".", "..", names of dots only, names with "/", "\", ":" (drive
-// letters, streams), NUL or other control characters, and absolute paths.
+// letters, streams), NUL or other control characters, absolute paths, and
+// names longer than a file name may be (255 bytes).
 bool isSafePathName(const QString &name);
 
 // True when `path` lies inside `baseDir` after resolving "." and "..".

@@ -178,11 +178,13 @@ void StartupDialog::runBatch()
     bool alarms = FindCommandLineParameter(ctx, QStringLiteral("Alarms"));
     bool warnings = FindCommandLineParameter(ctx, QStringLiteral("Warnings"));
     bool materialChange = FindCommandLineParameter(ctx, QStringLiteral("MaterialChange"));
-    if (alarms || warnings || materialChange)
-        WriteHTMLPage(ctx, view.statusTarget(), alarms, warnings, materialChange, QString(), QString(), 0);
-    else
+    if (!alarms && !warnings && !materialChange) {
         LogError(ctx, QStringLiteral("Missing second parameter in commandline"));
-    EndProgram(ctx, 0);
+        EndProgram(ctx, kExitWrongStart);
+    }
+    WriteHTMLPage(ctx, view.statusTarget(), alarms, warnings, materialChange, QString(), QString(), 0);
+    // A script that runs the generation learns whether every page was written.
+    EndProgram(ctx, ctx.state.htmlRunFailed ? kExitFailed : 0);
 }
 
 void StartupDialog::fillSettingsList()

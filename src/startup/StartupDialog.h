@@ -15,6 +15,12 @@ namespace ht
 struct Context;
 class StartupView;
 
+// Exit codes: 0 all done; 1 something failed or was left undone (the error
+// log says what); 2 the program was started in a way it cannot work (a batch
+// run without a kind, a window without a display).
+constexpr int kExitFailed = 1;
+constexpr int kExitWrongStart = 2;
+
 // Start-up values that outlive one dialog instance.
 struct StartupSession {
     QString compileOption;         // the build's constant, see GetCompileOption

@@ -6,8 +6,11 @@
 #include "html/HtmlTextFile.h"
 #include "support/TestSupport.h"
 
+#include <QDir>
+#include <QFile>
 #include <QStringEncoder>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 using namespace ht;
 using namespace ht::test;
@@ -77,30 +80,52 @@ TEST(Conversions, EveryEncodingDecodesToTheSameLines)
 TEST(GetTextFileHTML, TellsMissingGeneratedAndHandMadePagesApartAndReportsMissingTemplates)
 {
     TestContext tc;
-    writeFileBytes(tc.path(u"generated.html"_qs), "<html>\r\n<title>made by HARKO & CO</title>\r\n<p>x</p>\r\n");
+    const auto utf16 = [](const QString &text, bool mark) {
+        return QByteArray(mark ? "\xFF\xFE" : "") +
+               QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
+    };
+    const QString generated = u"<html>\r\n<title>made by HARKO & CO</title>\r\n<p>x</p>\r\n"_qs;
+    writeFileBytes(tc.path(u"generated.html"_qs), utf16(generated, true));
+    writeFileBytes(tc.path(u"generated-unmarked.html"_qs), utf16(generated, false));
+    // Pages are UTF-16: one saved by hand as UTF-8 never shows the mark and is kept.
+    writeFileBytes(tc.path(u"utf8.html"_qs), generated.toUtf8());
     // Mark split over two lines, or only half of it: made by hand.
-    writeFileBytes(tc.path(u"hand.html"_qs), "<TITLE>Own page</TITLE>\r\nHarko & Co\r\n");
+    writeFileBytes(tc.path(u"hand.html"_qs), utf16(u"<TITLE>Own page</TITLE>\r\nHarko & Co\r\n"_qs, true));
     writeFileBytes(tc.path(u"empty.html"_qs), QByteArray());
+    // A link, a folder or a FIFO standing where a page goes is not this program's page.
+    QFile::link(tc.path(u"generated.html"_qs), tc.path(u"link.html"_qs));
+    QDir().mkdir(tc.path(u"folder.html"_qs));
+    ASSERT_EQ(mkfifo(QFile::encodeName(tc.path(u"fifo.html"_qs)).constData(), 0600), 0);
+    const QStringList handMade{u"<TITLE>Own page</TITLE>"_qs, u"Harko & Co"_qs};
     const std::tuple<const char *, bool, QStringList> cases[] = {
         {"none.html", true, {u"-1"_qs}},
         {"generated.html", true, {QString()}},
-        {"hand.html", true, {u"<TITLE>Own page</TITLE>"_qs, u"Harko & Co"_qs}},
+        {"generated-unmarked.html", true, {QString()}},
+        {"hand.html", true, handMade},
         {"empty.html", true, {QString()}},
         {"empty.html", false, {QString()}},
+        {"link.html", true, {kUnreadablePage}},
+        {"folder.html", true, {kUnreadablePage}},
+        {"fifo.html", true, {kUnreadablePage}},
         // The template read does not look for the mark.
         {"generated.html", false, {u"<html>"_qs, u"<title>made by HARKO & CO</title>"_qs, u"<p>x</p>"_qs}}};
     for (const auto &[file, checkMark, answer] : cases)
         EXPECT_EQ(GetTextFileHTML(tc.ctx, tc.path(QString::fromLatin1(file)), false, checkMark), answer) << file;
+    const QStringList utf8 = GetTextFileHTML(tc.ctx, tc.path(u"utf8.html"_qs), false, true);
+    EXPECT_TRUE(utf8.size() > 1 || (utf8.size() == 1 && !utf8[0].isEmpty() && utf8[0] != u"-1"_qs));
     EXPECT_EQ(tc.errorLog(), QString());
 
-    // A missing template is reported when asked for: logged unattended, else shown.
+    // A missing template, or one that is no regular file, is reported when asked for: logged unattended, else shown.
     tc.ctx.state.unattended = true;
-    const QString missing = tc.path(u"Source_Alarms.html"_qs);
-    EXPECT_EQ(GetTextFileHTML(tc.ctx, missing, true, false), QStringList{QString()});
-    EXPECT_EQ(tc.errorLog(), u"Error reading predefined HTML-File \""_qs + missing + u"\"!\r\n"_qs);
+    for (const QString &name : {u"Source_Alarms.html"_qs, u"fifo.html"_qs, u"folder.html"_qs}) {
+        const QString logBefore = tc.errorLog();
+        EXPECT_EQ(GetTextFileHTML(tc.ctx, tc.path(name), true, false), QStringList{QString()});
+        EXPECT_EQ(tc.errorLog().mid(logBefore.size()),
+                  u"Error reading predefined HTML-File \""_qs + tc.path(name) + u"\"!\r\n"_qs);
+    }
 
     tc.ctx.state.unattended = false;
-    EXPECT_EQ(GetTextFileHTML(tc.ctx, missing, true, false), QStringList{QString()});
+    EXPECT_EQ(GetTextFileHTML(tc.ctx, tc.path(u"Source_Alarms.html"_qs), true, false), QStringList{QString()});
     ASSERT_EQ(tc.ui.shown.size(), 1u);
     EXPECT_EQ(tc.ui.shown[0].icon, Icon::Critical);
 }

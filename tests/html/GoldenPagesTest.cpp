@@ -1,7 +1,7 @@
 // Whole-page tests: every folder under golden/ is one run of the page writer.
 // A folder holds case.txt (the call), helptext.sql (data), optionally
 // indextext.sql, templates/, before/ (files standing in the help directory
-// before the run), expected/ (pages as UTF-8 text, one line per page line),
+// before the run, byte for byte: a generated page is UTF-16), expected/ (pages as UTF-8 text, one line per page line),
 // tree.txt (everything the help directory holds afterwards, templates aside)
 // and log.txt (lines the error log must hold; without it the log stays empty).
 

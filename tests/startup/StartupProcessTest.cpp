@@ -68,16 +68,40 @@ TEST_F(StartupProcess, MissingStandardPathsAreLoggedOnMachinePC)
     EXPECT_EQ(log, "File not found: " + root.filePath("Program/Helptext.mdb") + "\r\n");
 }
 
-TEST_F(StartupProcess, HtmlWithoutSecondParameter)
+// A script learns from the exit code whether the run did what it asked for.
+TEST_F(StartupProcess, ExitCodeTellsHowTheStartWent)
 {
-    test::makeMachineTree(root.path());
-    EXPECT_EQ(run("helptext-editor", {"/html"}), 0) << qPrintable(output);
-    EXPECT_EQ(log, "Missing second parameter in commandline\r\n");
+    struct Case {
+        const char *name;
+        QStringList args;
+        const char *inTheWay; // a file standing where a machine's folder goes
+        int exitCode;
+        QString logged, stderrSays;
+    };
+    const Case cases[] = {
+        {"HtmlWithoutKind", {"/html"}, nullptr, 2, "Missing second parameter in commandline\r\n", {}},
+        {"WindowWithoutDisplay", {}, nullptr, 2, {}, "a display is needed to show the window"},
+        {"MachineFolderBlocked", {"/html/Warnings"}, "CT400", 1, "a file of that name is in the way.", {}},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        QDir(root.path()).removeRecursively();
+        test::makeMachineTree(root.path());
+        if (c.inTheWay)
+            test::writeText(help() + '/' + c.inTheWay, "not a folder");
+        EXPECT_EQ(run("helptext-editor", c.args), c.exitCode) << qPrintable(output);
+        EXPECT_TRUE(log.contains(c.logged)) << qPrintable(log);
+        EXPECT_TRUE(output.contains(c.stderrSays)) << qPrintable(output);
+    }
+    // The blocked machine cost only its own pages.
+    EXPECT_TRUE(QFile::exists(help() + "/FL220/Warnings/English/1.html"));
 }
 
 TEST_F(StartupProcess, BatchRunWritesPagesInsideTheHelpDirectoryOnly)
 {
     test::makeMachineTree(root.path());
+    // Without a display the machine PC's settings file tells the panel's width.
+    test::writeText(tools("helptext-editor.ini"), "[Setup]\r\nScreenResolution=1280\r\n");
     QStringList expectedOutside = filesOutsideHelp() << tools("helptext-editor");
     expectedOutside.sort();
 
@@ -94,6 +118,7 @@ TEST_F(StartupProcess, BatchRunWritesPagesInsideTheHelpDirectoryOnly)
     const QString greek = page("CT400/Alarms/Greek/1.html");
     EXPECT_TRUE(greek.contains("Η αποθήκη κουτιών είναι άδεια.")) << qPrintable(greek.left(400));
     EXPECT_TRUE(greek.contains("Ταχύτητα τροφοδότη")); // index-text address resolved
+    EXPECT_TRUE(greek.contains("font-size: 18pt")) << "laid out for the 1280 panel";
     EXPECT_TRUE(page("FL220/Warnings/English/1.html").contains("Cap feeder"));
     EXPECT_TRUE(page("CT400/MaterialChange/Deutsch/1.html").contains("Formatwechsel"));
     // Items without any text get no page.

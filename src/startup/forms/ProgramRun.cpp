@@ -1,9 +1,13 @@
 #include "startup/forms/ProgramRun.h"
 
+#include "html/HelpDirectory.h"
+#include "startup/StartupDialog.h"
 #include "startup/forms/StartupDialogForm.h"
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QPointer>
+#include <cstdio>
 
 namespace ht
 {
@@ -29,6 +33,17 @@ int RunProgram(Context &ctx, StartupSession &session, const std::function<int()>
     QCoreApplication::processEvents();
     if (dialog)
         dialog->activateFirst();
+    // Past the checks and the batch run, only windows are left: without a
+    // display nobody would ever see them, and the program would wait forever.
+    if (!hasRealScreen()) {
+        const QString name = QFileInfo(QCoreApplication::applicationFilePath()).fileName();
+        std::fprintf(stderr,
+                     "%s: a display is needed to show the window, and there is none.\n"
+                     "Start it on a desktop, or generate the help pages without a window: %s "
+                     "/html/Alarms/Warnings/MaterialChange\n",
+                     qPrintable(name), qPrintable(name));
+        return kExitWrongStart;
+    }
     guard.keep = true;
     return eventLoop();
 }

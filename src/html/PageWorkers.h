@@ -1,0 +1,68 @@
+#pragma once
+// The part of a page run that needs neither the database nor the user: looking
+// at the page that stands there, laying the text out, filling the template and
+// writing the file. It runs on worker threads, so that two pages are made at
+// once and the file system's waits overlap with the next page's work.
+
+#include "common/Context.h"
+#include "common/WorkLanes.h"
+#include "html/HtmlKinds.h"
+#include "html/TextWidthBreaker.h"
+
+#include <QString>
+#include <QStringList>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace ht
+{
+
+class PreparedTemplate;
+
+struct PageJob {
+    const HtmlKind *kind = nullptr;
+    QStringList row; // the record, columns as RecordColumn
+    QString path;
+    bool mayExist = true;    // false: nothing can stand there yet, no need to look
+    bool removeOnly = false; // the item has no text: only a generated page goes
+    std::shared_ptr<const PreparedTemplate> pageTemplate;
+    QStringList fontSpec; // GetFontSpecs of the row's Language.Font
+    QString fontSize;
+    int lineWidth = 0;
+};
+
+class PageWorkers
+{
+  public:
+    // `ctx` gives the program's location for the error log; the workers never
+    // ask the user anything and never let events run.
+    PageWorkers(const Context &ctx, int threads);
+    ~PageWorkers();
+
+    // Jobs for one page path run in the order posted: the key is the page's folder.
+    void post(PageJob job, const std::function<void()> &whileWaiting);
+    void drain(const std::function<void()> &whileWaiting);
+
+    // The first failure of any job: "" while all went well.
+    QString failure() const;
+    // A job's procedure asked to end the program.
+    bool programEnded() const;
+
+  private:
+    struct Worker {
+        Context ctx;
+        TextWidthBreaker breaker;
+        QString page;
+    };
+    void run(Worker &worker, const PageJob &job);
+    void fail(const QString &text, bool ended);
+
+    std::vector<std::unique_ptr<Worker>> m_workers;
+    mutable std::mutex m_mutex;
+    QString m_failure;
+    bool m_programEnded = false;
+    std::unique_ptr<WorkLanes> m_lanes; // last: its threads end before the workers go
+};
+
+} // namespace ht
