@@ -1,5 +1,6 @@
 #include "database/Database.h"
 
+#include "common/StringUtils.h"
 #include "database/Collation.h"
 #include "database/DatabaseImpl.h"
 #include "database/JetFile.h"
@@ -58,8 +59,9 @@ Database::Impl::~Impl()
 void Database::Impl::fail(const QString &what, const QString &detail) const
 {
     QString text = what;
+    // The detail is mostly the statement: a huge one must not flood the error log.
     if (!detail.isEmpty())
-        text += QStringLiteral(": ") + detail;
+        text += QStringLiteral(": ") + shortForLog(detail, 1000);
     throw DbError(QStringLiteral("%1 (%2)").arg(text, path).toStdString());
 }
 

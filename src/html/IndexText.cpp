@@ -18,6 +18,7 @@ namespace
 
 const QString kMarker = QStringLiteral("###DIREKT:");
 const QString kClose = QStringLiteral("###");
+constexpr qsizetype kMaxSegments = 64;
 
 bool isDigitsOnly(const QString &s)
 {
@@ -83,6 +84,10 @@ QString GetScopiaIndexText(Context &ctx, const QString &dbPath, const QString &l
         const QStringList segments = address.split(QLatin1Char('.'));
         if (segments.size() < 2)
             return QStringLiteral("-1"); // a text always sits in a group: at least one dot
+        // One table per segment: the database joins 64 at the most, and no
+        // panel nests its texts that deep.
+        if (segments.size() > kMaxSegments)
+            return QStringLiteral("-1");
 
         std::unique_ptr<Database> own;
         Database *db = nullptr;
@@ -137,35 +142,39 @@ void ensureIndexTextDatabase(Context &ctx)
 QString ExchangeDirectAdress_IndexText(Context &ctx, const QString &line, const QString &languageNumber,
                                        IndexTextCache &cache)
 {
-    QString out = line;
+    // The markers are replaced from left to right, each once: an index text
+    // that itself holds a marker is put in as it is, never looked up again.
+    QString out;
+    qsizetype from = 0;
     try {
-        // A bound on the passes: an index text may itself hold a marker.
-        for (int pass = 0; pass < 4096 && out.contains(kMarker); ++pass) {
+        QHash<QString, QString> &texts = cache.textsByLanguage[languageNumber];
+        for (qsizetype at = line.indexOf(kMarker); at >= 0; at = line.indexOf(kMarker, from)) {
             if (ctx.processEvents)
                 ctx.processEvents();
-            const QString address = GetHTMLDirectIndexTextAddress(out);
-            QHash<QString, QString> &texts = cache.textsByLanguage[languageNumber];
+            const qsizetype start = at + kMarker.size();
+            const qsizetype close = line.indexOf(kClose, start);
+            if (close < 0)
+                break; // an unclosed marker stays as it is, with the rest of the line
+            const QString address = line.mid(start, close - start);
             auto found = texts.constFind(address);
-            QString text;
-            if (found != texts.constEnd()) {
-                text = *found;
-            } else {
+            if (found == texts.constEnd()) {
                 ensureIndexTextDatabase(ctx);
                 ++cache.databaseLookups;
-                text = GetScopiaIndexText(ctx, ctx.state.indexTextDB, languageNumber, address, 1, &cache);
+                QString text = GetScopiaIndexText(ctx, ctx.state.indexTextDB, languageNumber, address, 1, &cache);
                 if (text == QLatin1String("-1"))
                     text.clear();
-                texts.insert(address, text);
+                found = texts.insert(address, text);
             }
-            const QString replaced = ReplaceStringInString(ctx, out, kMarker + address + kClose, text, false);
-            // An unclosed marker cannot be replaced: leave the rest of the line as it is.
-            if (replaced == out)
-                break;
-            out = replaced;
+            out.append(QStringView(line).mid(from, at - from));
+            out.append(*found);
+            from = close + kClose.size();
         }
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("ExchangeDirectAdress_IndexText"), e);
     }
+    if (from == 0)
+        return line;
+    out.append(QStringView(line).mid(from));
     return out;
 }
 

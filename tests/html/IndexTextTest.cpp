@@ -57,7 +57,9 @@ TEST_F(IndexTexts, LookUpFollowsTheGroupChainWithValuesNeverInTheSql)
         {u"1"_qs, u"Feeder.Motor.Speed"_qs, 2, u"-1"_qs},
         {u"1 FROM TidxTexts; --"_qs, u"Feeder.Motor.Speed"_qs, 1, u"-1"_qs},
         {u"11"_qs, u"Feeder.Motor.Speed"_qs, 1, u"-1"_qs}, // no column L11
-        {u"1"_qs, u"Feeder.x' OR '1'='1"_qs, 1, u"-1"_qs}};
+        {u"1"_qs, u"Feeder.x' OR '1'='1"_qs, 1, u"-1"_qs},
+        // Deeper than the database can join: simply not found.
+        {u"1"_qs, QStringList(65, u"Feeder"_qs).join(u'.'), 1, u"-1"_qs}};
     for (const auto &[language, address, project, text] : cases)
         EXPECT_EQ(GetScopiaIndexText(tc.ctx, db, language, address, project), text) << address.toStdString();
     EXPECT_EQ(GetScopiaIndexText(tc.ctx, QString(), u"1"_qs, u"Feeder.Motor.Speed"_qs, 1), u"-1"_qs);
@@ -81,6 +83,9 @@ TEST_F(IndexTexts, EachAddressIsReadOncePerLanguage)
     }
     const QString unclosed = u"a ###DIREKT:Feeder.Motor.Speed"_qs;
     EXPECT_EQ(ExchangeDirectAdress_IndexText(tc.ctx, unclosed, u"1"_qs, cache), unclosed);
+    // However many markers a line holds, every one is replaced.
+    EXPECT_EQ(ExchangeDirectAdress_IndexText(tc.ctx, u"###DIREKT:Pump.Speed###;"_qs.repeated(5000), u"1"_qs, cache),
+              u"Top speed;"_qs.repeated(5000));
     EXPECT_EQ(tc.errorLog(), QString());
 }
 

@@ -12,7 +12,10 @@
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
+#include <csignal>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 using namespace ht;
 using namespace ht::test;
@@ -173,6 +176,53 @@ TEST_F(Writer, GarbageAndHugeTemplatesArePassedThrough)
     EXPECT_EQ(readFileBytes(help + u"M1/Warnings/English/2.html"_qs),
               pageBytes({u"<TITLE>Harko & Co</TITLE>"_qs, xs + u"Low<br>"_qs, xs, QString(), u"Low<br>"_qs, u"###"_qs,
                          QString()}));
+}
+
+// Nothing outside the help directory is written through a link, an old page
+// survives a write that fails half-way, and a FIFO template never hangs a run.
+TEST_F(Writer, LinksFifosAndFailedWritesLoseNothing)
+{
+    tc.ctx.state.unattended = true;
+    const QString english = help + u"M1/Alarms/English/"_qs;
+    const QByteArray oldPage = pageBytes({u"<TITLE>Alarm - Harko & Co</TITLE>"_qs, u"old text"_qs});
+    QDir().mkpath(english);
+    writeFileBytes(english + u"2.html"_qs, oldPage);
+
+    // A disk that takes no more than 1000 bytes per file: every page write fails.
+    rlimit before{};
+    getrlimit(RLIMIT_FSIZE, &before);
+    const rlimit small{1000, before.rlim_max};
+    signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &small);
+    EXPECT_THROW(write(true, false, false), ProgramEnded) << "unattended, a failed write ends the run";
+    setrlimit(RLIMIT_FSIZE, &before);
+    signal(SIGXFSZ, SIG_DFL);
+    EXPECT_TRUE(tc.errorLog().contains(u"Cannot write "_qs)) << tc.errorLog().toStdString();
+    EXPECT_TRUE(tc.errorLog().contains(u"File too large"_qs)) << "the system's reason";
+    EXPECT_EQ(readFileBytes(english + u"2.html"_qs), oldPage);
+    EXPECT_EQ(QDir(english).entryList(QDir::Files | QDir::Hidden), QStringList{u"2.html"_qs}) << "no temporary left";
+
+    // A page that is a link, and a language folder that is one, lead outside.
+    const QString outside = tc.path(u"outside/"_qs);
+    QDir().mkpath(outside);
+    writeFileBytes(outside + u"victim.html"_qs, "precious");
+    QFile::remove(english + u"1.html"_qs);
+    ASSERT_TRUE(QFile::link(outside + u"victim.html"_qs, english + u"1.html"_qs));
+    QDir(help + u"M1/Alarms/German"_qs).removeRecursively();
+    ASSERT_TRUE(QFile::link(outside, help + u"M1/Alarms/German"_qs));
+    QFile::remove(help + u"Source_Warnings.html"_qs);
+    ASSERT_EQ(mkfifo(QFile::encodeName(help + u"Source_Warnings.html"_qs).constData(), 0600), 0);
+    const QString logBefore = tc.errorLog();
+    write(true, true, false);
+    EXPECT_TRUE(tc.ctx.state.htmlRunFailed);
+    EXPECT_EQ(readFileBytes(outside + u"victim.html"_qs), "precious");
+    EXPECT_EQ(QDir(outside).entryList(QDir::Files | QDir::Hidden), QStringList{u"victim.html"_qs});
+    EXPECT_TRUE(QFileInfo(english + u"1.html"_qs).isSymLink());
+    EXPECT_NE(readFileBytes(english + u"2.html"_qs), oldPage) << "the old generated page is replaced now";
+    const QString log = tc.errorLog().mid(logBefore.size());
+    EXPECT_TRUE(log.contains(u"M1/Alarms/German\": the folder is a link that leads out of the help directory."_qs))
+        << log.toStdString();
+    EXPECT_TRUE(log.contains(u"Unable to create HTML-files for Alarms."_qs)) << "the FIFO template is refused";
 }
 
 TEST_F(Writer, EscAbortStopsBeforeTheNextPage)
