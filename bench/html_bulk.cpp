@@ -15,9 +15,14 @@
 #include <QFile>
 #include <QGuiApplication>
 #include <QTemporaryDir>
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <sys/resource.h>
+#include <sys/vfs.h>
+#include <thread>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -175,6 +180,7 @@ Pages collectPages(const QString &help)
         f.open(QIODevice::ReadOnly);
         pages.emplace_back(path, f.readAll());
     }
+    std::sort(pages.begin(), pages.end()); // a folder lists its files in no fixed order
     return pages;
 }
 
@@ -200,8 +206,8 @@ double seconds(Clock::time_point from)
     return std::chrono::duration<double>(Clock::now() - from).count();
 }
 
-// User plus system time of this process so far: the part of a run that does not
-// wait for the shared disk.
+// User plus system time of this process so far, all threads: the part of a
+// run that does not wait for the disk.
 double cpuSeconds(bool userOnly = false)
 {
     rusage u{};
@@ -212,14 +218,19 @@ double cpuSeconds(bool userOnly = false)
 
 struct Timing {
     double wall = 1e9, cpu = 1e9, user = 1e9;
+    std::vector<double> walls; // every round, to show the spread
 };
 
+// Each run starts with the disk's dirty pages written out: the writeback of an
+// earlier run must not land on whichever side runs next.
 template <typename F> void measure(Timing &t, F &&run)
 {
+    sync();
     const auto start = Clock::now();
     const double cpu = cpuSeconds(), user = cpuSeconds(true);
     run();
-    t.wall = std::min(t.wall, seconds(start));
+    t.walls.push_back(seconds(start));
+    t.wall = std::min(t.wall, t.walls.back());
     t.cpu = std::min(t.cpu, cpuSeconds() - cpu);
     t.user = std::min(t.user, cpuSeconds(true) - user);
 }
@@ -232,6 +243,41 @@ void runWriter(Context &ctx)
 }
 
 } // namespace
+
+const char *fileSystemName(const QString &dir)
+{
+    struct statfs fs {
+    };
+    if (statfs(QFile::encodeName(dir).constData(), &fs) != 0)
+        return "unknown";
+    switch (static_cast<unsigned long>(fs.f_type)) {
+    case 0xEF53:
+        return "ext2/3/4";
+    case 0x01021994:
+        return "tmpfs";
+    case 0x58465342:
+        return "xfs";
+    case 0x9123683E:
+        return "btrfs";
+    case 0x794C7630:
+        return "overlayfs";
+    default:
+        return "other";
+    }
+}
+
+// How the figures came about: they depend on the build, the disk and what
+// else the machine is doing, so every run says so.
+void printConditions(const QString &dir, double scale, int rounds)
+{
+    double load[3] = {0, 0, 0};
+    getloadavg(load, 3);
+    std::printf("build: %s, %s; %u cores, load average %.2f at start\n", HELPTEXT_BUILD_TYPE, __VERSION__,
+                std::thread::hardware_concurrency(), load[0]);
+    std::printf("pages in %s (%s); scale %.3f; each side %d rounds, alternating, the fastest counts; "
+                "sync before every run\n",
+                qPrintable(dir), fileSystemName(dir), scale, rounds);
+}
 
 int main(int argc, char **argv)
 {
@@ -249,7 +295,8 @@ int main(int argc, char **argv)
     ctx.processEvents = [] { QCoreApplication::processEvents(); };
     ctx.endProgram = [](int code) { throw ProgramEnded{code}; };
 
-    std::printf("creating databases (scale %.3f)...\n", scale);
+    printConditions(tmp.path(), scale, rounds);
+    std::printf("creating databases...\n");
     createDatabases(tmp.path(), scale, ctx);
     const QString help = tmp.path() + QStringLiteral("/help/");
     QDir().mkpath(help);
@@ -296,10 +343,17 @@ int main(int argc, char **argv)
         return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
     }();
     std::printf("%zu pages, %.1f MB\n", pages.size(), double(bytes) / 1e6);
-    auto report = [](const char *what, const Timing &w, const Timing &p, double limit) {
-        std::printf("%s writer %.2f s, plain %.2f s, ratio %.2f (limit %.1f); cpu: writer %.2f s, plain %.2f s, "
-                    "ratio %.2f; user: writer %.2f s, plain %.2f s\n",
-                    what, w.wall, p.wall, w.wall / p.wall, limit, w.cpu, p.cpu, w.cpu / p.cpu, w.user, p.user);
+    auto rounds_ = [](const Timing &t) {
+        QStringList all;
+        for (double s : t.walls)
+            all << QString::number(s, 'f', 2);
+        return all.join(QLatin1Char(' '));
+    };
+    auto report = [&](const char *what, const Timing &w, const Timing &p, double limit) {
+        std::printf("%s writer %.2f s, plain %.2f s, ratio %.2f (limit %.1f); cpu: writer %.2f s, plain %.2f s; "
+                    "user: writer %.2f s, plain %.2f s; rounds: writer %s, plain %s\n",
+                    what, w.wall, p.wall, w.wall / p.wall, limit, w.cpu, p.cpu, w.user, p.user, qPrintable(rounds_(w)),
+                    qPrintable(rounds_(p)));
     };
     report("fresh:   ", writerFresh, plainFresh, 1.5);
     report("existing:", writerExisting, plainExisting, 2.0);

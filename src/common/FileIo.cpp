@@ -1,5 +1,6 @@
 #include "common/FileIo.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
@@ -26,7 +27,49 @@ void setError(QString *error, const QString &text)
         *error = text;
 }
 
-#ifndef Q_OS_WIN
+#ifdef Q_OS_WIN
+
+QString joined(const QString &dir, const QString &name)
+{
+    return dir.isEmpty() ? name : QDir(dir).filePath(name);
+}
+
+FileRead readPath(const QString &path, qint64 maxBytes, bool followLinks, QByteArray &bytes, QString *error)
+{
+    bytes.clear();
+    const QFileInfo info(path);
+    if (!info.exists() && !info.isSymLink())
+        return FileRead::Missing;
+    if (!info.isFile() || (!followLinks && info.isSymLink()))
+        return FileRead::NotRegular;
+    if (info.size() > maxBytes)
+        return FileRead::TooLarge;
+    QFile f(path);
+    if (!f.open(QIODevice::ReadOnly)) {
+        setError(error, f.errorString());
+        return FileRead::Failed;
+    }
+    bytes = f.read(maxBytes + 1);
+    if (bytes.size() > maxBytes) {
+        bytes.clear();
+        return FileRead::TooLarge;
+    }
+    return FileRead::Ok;
+}
+
+bool replacePath(const QString &path, const char *data, qint64 size, QString *error)
+{
+    // QSaveFile writes a temporary file and moves it into place.
+    QSaveFile out(path);
+    if (!out.open(QIODevice::WriteOnly) || out.write(data, size) != size || !out.commit()) {
+        setError(error, out.errorString());
+        out.cancelWriting();
+        return false;
+    }
+    return true;
+}
+
+#else
 
 QString systemError(int code)
 {
@@ -48,48 +91,15 @@ bool writeAll(int fd, const char *data, qint64 size)
     return true;
 }
 
-// A name of its own per call, so that two runs or two threads writing into
-// one folder never share a temporary file.
-QByteArray temporaryNameBeside(const QByteArray &path)
-{
-    static std::atomic<unsigned> counter{0};
-    const qsizetype slash = path.lastIndexOf('/');
-    return path.left(slash + 1) + ".~" + QByteArray::number(qint64(::getpid())) + '-' + QByteArray::number(++counter) +
-           ".tmp";
-}
-
-#endif
-
-} // namespace
-
-FileRead readRegularFile(const QString &path, qint64 maxBytes, bool followLinks, QByteArray &bytes, QString *error)
+// `name` relative to `dirFd` (AT_FDCWD: a path as it stands).
+FileRead readAt(int dirFd, const char *name, qint64 maxBytes, bool followLinks, QByteArray &bytes, QString *error)
 {
     bytes.clear();
-#ifdef Q_OS_WIN
-    const QFileInfo info(path);
-    if (!info.exists() && !info.isSymLink())
-        return FileRead::Missing;
-    if (!info.isFile() || (!followLinks && info.isSymLink()))
-        return FileRead::NotRegular;
-    if (info.size() > maxBytes)
-        return FileRead::TooLarge;
-    QFile f(path);
-    if (!f.open(QIODevice::ReadOnly)) {
-        setError(error, f.errorString());
-        return FileRead::Failed;
-    }
-    bytes = f.read(maxBytes + 1);
-    if (bytes.size() > maxBytes) {
-        bytes.clear();
-        return FileRead::TooLarge;
-    }
-    return FileRead::Ok;
-#else
     // Non-blocking, so that opening a FIFO returns at once instead of waiting for a writer.
     int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     if (!followLinks)
         flags |= O_NOFOLLOW;
-    const int fd = ::open(QFile::encodeName(path).constData(), flags);
+    const int fd = ::openat(dirFd, name, flags);
     if (fd < 0) {
         const int code = errno;
         if (code == ENOENT || code == ENOTDIR)
@@ -140,24 +150,19 @@ FileRead readRegularFile(const QString &path, qint64 maxBytes, bool followLinks,
     if (result != FileRead::Ok)
         bytes.clear();
     return result;
-#endif
 }
 
-bool replaceFile(const QString &path, const char *data, qint64 size, QString *error)
+// `folder` is the prefix that makes a name in the folder a path for `dirFd`:
+// "" with a folder's own descriptor, the folder with its slash with AT_FDCWD.
+bool replaceAt(int dirFd, const QByteArray &folder, const QByteArray &name, const char *data, qint64 size,
+               QString *error)
 {
-#ifdef Q_OS_WIN
-    // QSaveFile writes a temporary file and moves it into place.
-    QSaveFile out(path);
-    if (!out.open(QIODevice::WriteOnly) || out.write(data, size) != size || !out.commit()) {
-        setError(error, out.errorString());
-        out.cancelWriting();
-        return false;
-    }
-    return true;
-#else
-    const QByteArray target = QFile::encodeName(path);
-    const QByteArray temp = temporaryNameBeside(target);
-    const int fd = ::open(temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    // A name of its own per call, so that two runs or two threads writing into
+    // one folder never share a temporary file.
+    static std::atomic<unsigned> counter{0};
+    const QByteArray temp =
+        folder + ".~" + QByteArray::number(qint64(::getpid())) + '-' + QByteArray::number(++counter) + ".tmp";
+    const int fd = ::openat(dirFd, temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
     if (fd < 0) {
         setError(error, systemError(errno));
         return false;
@@ -169,15 +174,90 @@ bool replaceFile(const QString &path, const char *data, qint64 size, QString *er
         ok = false;
         code = errno;
     }
-    if (ok && ::rename(temp.constData(), target.constData()) != 0) {
+    if (ok && ::renameat(dirFd, temp.constData(), dirFd, (folder + name).constData()) != 0) {
         ok = false;
         code = errno;
     }
     if (!ok) {
-        ::unlink(temp.constData());
+        ::unlinkat(dirFd, temp.constData(), 0);
         setError(error, systemError(code));
     }
     return ok;
+}
+
+#endif
+
+} // namespace
+
+OpenFolder::OpenFolder(const QString &path) : m_path(path)
+{
+#ifndef Q_OS_WIN
+    m_fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+#endif
+}
+
+OpenFolder::~OpenFolder()
+{
+#ifndef Q_OS_WIN
+    if (m_fd >= 0)
+        ::close(m_fd);
+#endif
+}
+
+bool OpenFolder::isOpen() const
+{
+#ifdef Q_OS_WIN
+    return QFileInfo(m_path).isDir();
+#else
+    return m_fd >= 0;
+#endif
+}
+
+FileRead OpenFolder::read(const QString &name, qint64 maxBytes, bool followLinks, QByteArray &bytes,
+                          QString *error) const
+{
+#ifdef Q_OS_WIN
+    return readPath(joined(m_path, name), maxBytes, followLinks, bytes, error);
+#else
+    return readAt(m_fd, QFile::encodeName(name).constData(), maxBytes, followLinks, bytes, error);
+#endif
+}
+
+bool OpenFolder::replace(const QString &name, const char *data, qint64 size, QString *error) const
+{
+#ifdef Q_OS_WIN
+    return replacePath(joined(m_path, name), data, size, error);
+#else
+    return replaceAt(m_fd, QByteArray(), QFile::encodeName(name), data, size, error);
+#endif
+}
+
+bool OpenFolder::remove(const QString &name) const
+{
+#ifdef Q_OS_WIN
+    return QFile::remove(joined(m_path, name));
+#else
+    return ::unlinkat(m_fd, QFile::encodeName(name).constData(), 0) == 0;
+#endif
+}
+
+FileRead readRegularFile(const QString &path, qint64 maxBytes, bool followLinks, QByteArray &bytes, QString *error)
+{
+#ifdef Q_OS_WIN
+    return readPath(path, maxBytes, followLinks, bytes, error);
+#else
+    return readAt(AT_FDCWD, QFile::encodeName(path).constData(), maxBytes, followLinks, bytes, error);
+#endif
+}
+
+bool replaceFile(const QString &path, const char *data, qint64 size, QString *error)
+{
+#ifdef Q_OS_WIN
+    return replacePath(path, data, size, error);
+#else
+    const QByteArray full = QFile::encodeName(path);
+    const qsizetype slash = full.lastIndexOf('/');
+    return replaceAt(AT_FDCWD, full.left(slash + 1), full.mid(slash + 1), data, size, error);
 #endif
 }
 

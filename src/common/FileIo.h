@@ -17,17 +17,40 @@ enum class FileRead {
     Failed,     // could not be opened or read; `error` says why
 };
 
-// Reads the whole file into `bytes`. A FIFO is never waited for and a device
-// never read from. With `followLinks` false a final symbolic link is not
-// followed and counts as NotRegular.
+// A folder held open: the files in it are reached without walking the path
+// again, and the folder stays the one that was opened even if its path is
+// changed meanwhile.
+class OpenFolder
+{
+  public:
+    explicit OpenFolder(const QString &path);
+    ~OpenFolder();
+    OpenFolder(const OpenFolder &) = delete;
+    OpenFolder &operator=(const OpenFolder &) = delete;
+
+    bool isOpen() const;
+    const QString &path() const { return m_path; }
+
+    // Reads the whole file into `bytes`. A FIFO is never waited for and a
+    // device never read from. With `followLinks` false a symbolic link is not
+    // followed and counts as NotRegular.
+    FileRead read(const QString &name, qint64 maxBytes, bool followLinks, QByteArray &bytes,
+                  QString *error = nullptr) const;
+    // Writes the bytes to a new temporary file in the folder and renames it
+    // over `name`. A symbolic link there is replaced, never followed. On
+    // failure the temporary file is removed, whatever stood there stays, and
+    // `error` holds the system's reason (for example "No space left on device").
+    bool replace(const QString &name, const char *data, qint64 size, QString *error = nullptr) const;
+    bool remove(const QString &name) const;
+
+  private:
+    QString m_path;
+    int m_fd = -1;
+};
+
+// The same for a single file given by its path.
 FileRead readRegularFile(const QString &path, qint64 maxBytes, bool followLinks, QByteArray &bytes,
                          QString *error = nullptr);
-
-// Writes `size` bytes to a new temporary file in the folder of `path` and
-// renames it over `path`. A symbolic link at `path` is replaced, never
-// followed. On failure the temporary file is removed, whatever stood at
-// `path` stays as it was, and `error` holds the system's reason (for example
-// "No space left on device").
 bool replaceFile(const QString &path, const char *data, qint64 size, QString *error = nullptr);
 
 } // namespace ht

@@ -19,7 +19,8 @@ WorkLanes::~WorkLanes()
         std::lock_guard lock(m_mutex);
         m_ending = true;
     }
-    m_posted.notify_all();
+    for (Lane &lane : m_lanes)
+        lane.posted.notify_one();
     for (std::thread &t : m_threads)
         t.join();
 }
@@ -29,24 +30,27 @@ void WorkLanes::work(int lane)
     std::unique_lock lock(m_mutex);
     Lane &mine = m_lanes[std::size_t(lane)];
     for (;;) {
-        m_posted.wait(lock, [&] { return m_ending || !mine.jobs.empty(); });
+        mine.posted.wait(lock, [&] { return m_ending || !mine.jobs.empty(); });
         if (mine.jobs.empty())
             return;
         Job job = std::move(mine.jobs.front());
         mine.jobs.pop_front();
         mine.busy = true;
-        m_taken.notify_all();
+        if (m_waiting > 0)
+            m_taken.notify_all();
         lock.unlock();
         job(lane);
         lock.lock();
         mine.busy = false;
-        m_taken.notify_all();
+        if (m_waiting > 0)
+            m_taken.notify_all();
     }
 }
 
 template <typename Ready>
 void WorkLanes::waitUntil(std::unique_lock<std::mutex> &lock, Ready ready, const std::function<void()> &whileWaiting)
 {
+    ++m_waiting;
     while (!ready()) {
         if (!whileWaiting) {
             m_taken.wait(lock);
@@ -57,6 +61,7 @@ void WorkLanes::waitUntil(std::unique_lock<std::mutex> &lock, Ready ready, const
         whileWaiting();
         lock.lock();
     }
+    --m_waiting;
 }
 
 void WorkLanes::post(std::size_t key, Job job, const std::function<void()> &whileWaiting)
@@ -66,8 +71,10 @@ void WorkLanes::post(std::size_t key, Job job, const std::function<void()> &whil
     waitUntil(
         lock, [&] { return lane.jobs.size() < m_capacity; }, whileWaiting);
     lane.jobs.push_back(std::move(job));
+    const bool wasIdle = lane.jobs.size() == 1 && !lane.busy;
     lock.unlock();
-    m_posted.notify_all();
+    if (wasIdle)
+        lane.posted.notify_one();
 }
 
 void WorkLanes::drain(const std::function<void()> &whileWaiting)

@@ -40,6 +40,7 @@ class WorkLanes
     struct Lane {
         std::deque<Job> jobs;
         bool busy = false;
+        std::condition_variable posted; // a job arrived, or the lanes end
     };
     void work(int lane);
     // With `lock` held; it is let go while `whileWaiting` runs.
@@ -47,8 +48,8 @@ class WorkLanes
     void waitUntil(std::unique_lock<std::mutex> &lock, Ready ready, const std::function<void()> &whileWaiting);
 
     std::mutex m_mutex;
-    std::condition_variable m_posted; // a job arrived, or the lanes end
-    std::condition_variable m_taken;  // a job was taken or finished
+    std::condition_variable m_taken; // a job was taken or finished, told only while somebody waits
+    int m_waiting = 0;
     std::vector<Lane> m_lanes;
     std::vector<std::thread> m_threads;
     std::size_t m_capacity;

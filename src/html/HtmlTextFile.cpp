@@ -29,10 +29,6 @@ QString decodeUtf16(const char *data, qsizetype size, bool bigEndian)
     return out;
 }
 
-// Pages and templates this large are not help pages: a page is never read
-// past this, and a template that large is refused.
-constexpr qint64 kMaxPageBytes = 64 * 1024 * 1024;
-
 } // namespace
 
 QString decodeTextFileBytes(const QByteArray &bytes)
@@ -110,10 +106,39 @@ bool hasGeneratedPageMark(const QString &line)
     return hasMark(line);
 }
 
+namespace
+{
+
 QString decodeExistingPage(const QByteArray &bytes)
 {
     const bool marked = bytes.startsWith("\xFF\xFE");
     return decodeUtf16(bytes.constData() + (marked ? 2 : 0), bytes.size() - (marked ? 2 : 0), false);
+}
+
+// The lines of a file read as it is: a generated page (checkTitle) or an empty
+// file gives one empty line.
+QStringList linesOf(const QString &text, bool checkTitle)
+{
+    // A generated page (the common case of a rerun) is never cut into lines.
+    if (checkTitle && hasMarkedLine(text))
+        return {QString()};
+    const QStringList lines = splitTextLines(text);
+    if (lines.isEmpty())
+        return {QString()};
+    return lines;
+}
+
+} // namespace
+
+QStringList existingPageLines(FileRead read, const QByteArray &bytes)
+{
+    if (read == FileRead::Missing)
+        return {QStringLiteral("-1")};
+    if (read != FileRead::Ok)
+        return {kUnreadablePage}; // a link, folder or huge file: not ours to replace
+    // Pages are UTF-16 text: one saved in another encoding shows no mark and
+    // is kept as made by hand.
+    return linesOf(decodeExistingPage(bytes), true);
 }
 
 QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool checkTitle)
@@ -123,8 +148,10 @@ QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool
         // A page standing in the help directory is never followed out of it
         // through a link; a template may be a link to a shared one.
         const FileRead read = readRegularFile(path, kMaxPageBytes, !checkTitle, bytes);
-        if (read != FileRead::Ok && checkTitle && read != FileRead::Missing)
-            return {kUnreadablePage}; // a link, folder or huge file: not ours to replace
+        if (ctx.processEvents)
+            ctx.processEvents();
+        if (checkTitle)
+            return existingPageLines(read, bytes);
         if (read != FileRead::Ok) {
             if (!report)
                 return {QStringLiteral("-1")};
@@ -132,19 +159,8 @@ QStringList GetTextFileHTML(Context &ctx, const QString &path, bool report, bool
                         Buttons::OK, Icon::Critical);
             return {QString()};
         }
-        // Pages are UTF-16 text: one saved in another encoding shows no mark
-        // and is kept as made by hand. Templates may come in any encoding.
-        const QString text = checkTitle ? decodeExistingPage(bytes) : decodeTextFileBytes(bytes);
-        if (ctx.processEvents)
-            ctx.processEvents();
-        // A generated page (the common case of a rerun) is never cut into lines.
-        if (checkTitle && hasMarkedLine(text))
-            return {QString()};
-        const QStringList lines = splitTextLines(text);
-        // An empty file reads as one empty line in both modes.
-        if (lines.isEmpty())
-            return {QString()};
-        return lines;
+        // Templates may come in any encoding.
+        return linesOf(decodeTextFileBytes(bytes), false);
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("GetTextFileHTML"), e);
         return {QString()};

@@ -1,6 +1,8 @@
 #pragma once
 // Reading templates and existing help pages, and writing pages, as text files.
 
+#include "common/FileIo.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -22,6 +24,13 @@ bool hasGeneratedPageMark(const QString &line);
 // The single line GetTextFileHTML gives for a page it does not read (a link,
 // a folder, a file too large): such a page counts as made by hand.
 inline const QString kUnreadablePage = QStringLiteral("<page not read>");
+
+// Pages and templates this large are not help pages: a page is never read
+// past this, and a template that large is refused.
+constexpr qint64 kMaxPageBytes = 64 * 1024 * 1024;
+
+// What GetTextFileHTML gives for an existing page, from the outcome of reading it.
+QStringList existingPageLines(FileRead read, const QByteArray &bytes);
 
 // Reads a template (checkTitle false) or an existing page (checkTitle true).
 // Missing file: {"-1"}, or {""} after a message when `report` is set.

@@ -22,7 +22,6 @@
 #include <QSet>
 #include <chrono>
 #include <cmath>
-#include <map>
 #include <vector>
 
 namespace ht
@@ -95,6 +94,12 @@ struct LanguageCache {
 // Whether a folder below the help directory can take pages.
 enum class Folder { Ready, Skipped, Failed };
 
+struct FolderInfo {
+    Folder state = Folder::Ready;
+    bool createdByRun = false;
+    QString lastPosted; // the page last posted into it
+};
+
 class HtmlRun
 {
   public:
@@ -129,13 +134,11 @@ class HtmlRun
     QString suffix;
     QString fontSize;
     int lineWidth = 0;
-    QHash<QString, Folder> folders; // folders looked at in this run
-    QSet<QString> createdDirs;      // folders this run made
-    QSet<QString> postedPages;      // pages posted into such folders
-    QSet<QString> reported;         // names and folders already logged
+    QHash<QString, FolderInfo> folders; // folders looked at in this run
+    QSet<QString> reported;             // names and folders already logged
     LanguageCache languages;
     IndexTextCache indexTexts;
-    std::map<QString, std::shared_ptr<const PreparedTemplate>> templates; // per language, for the current kind
+    QHash<QString, std::shared_ptr<const PreparedTemplate>> templates; // per language, for the current kind
     std::unique_ptr<PageWorkers> workers;
 };
 
@@ -168,7 +171,7 @@ bool HtmlRun::isUsableName(const QString &what, const QString &name)
 
 void HtmlRun::skipFolder(const QString &path, const QString &why)
 {
-    folders.insert(path, Folder::Skipped);
+    folders.insert(path, {Folder::Skipped});
     ctx.state.htmlRunFailed = true;
     if (!reported.contains(path)) {
         reported.insert(path);
@@ -181,7 +184,7 @@ void HtmlRun::skipFolder(const QString &path, const QString &why)
 Folder HtmlRun::ensureDirectory(const QString &path)
 {
     if (const auto known = folders.constFind(path); known != folders.constEnd())
-        return *known;
+        return known->state;
     if (!isPathInside(mainDir, path)) {
         skipFolder(path, QStringLiteral("the folder lies outside the help directory."));
         return Folder::Skipped;
@@ -200,11 +203,11 @@ Folder HtmlRun::ensureDirectory(const QString &path)
     const bool existed = info.exists();
     if (!GetDirectory(ctx, path)) {
         ctx.state.htmlRunFailed = true;
-        return folders.insert(path, Folder::Failed).value();
+        folders.insert(path, {Folder::Failed});
+        return Folder::Failed;
     }
-    if (!existed)
-        createdDirs.insert(path);
-    return folders.insert(path, Folder::Ready).value();
+    folders.insert(path, {Folder::Ready, !existed});
+    return Folder::Ready;
 }
 
 Folder HtmlRun::ensurePageDirectory(const QString &machine, const QString &kindWord, const QString &language)
@@ -272,15 +275,14 @@ std::vector<QStringList> HtmlRun::loadRows(Database &db, const HtmlKind &kind, c
 std::shared_ptr<const PreparedTemplate>
 HtmlRun::preparedTemplate(const HtmlKind &kind, const QStringList &templateLines, const QString &languageNumber)
 {
-    auto prepared = templates.find(languageNumber);
-    if (prepared != templates.end())
-        return prepared->second;
+    if (auto prepared = templates.constFind(languageNumber); prepared != templates.constEnd())
+        return *prepared;
     bool indexTextLost = false;
     auto t =
         std::make_shared<const PreparedTemplate>(ctx, kind, templateLines, languageNumber, indexTexts, indexTextLost);
     if (indexTextLost)
         return nullptr;
-    templates.emplace(languageNumber, t);
+    templates.insert(languageNumber, t);
     return t;
 }
 
@@ -345,26 +347,29 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
         const QString &rowLanguage = row[ColName];
         StatusTickNewText(ctx, form,
                           tickPrefix + rowMachine + QLatin1Char('/') + rowNumber + QStringLiteral(") ") + suffix);
-        if (!isUsableName(QStringLiteral("machine"), rowMachine) ||
-            !isUsableName(QStringLiteral("language"), rowLanguage) ||
-            !isUsableName(QStringLiteral("item"), rowNumber + QStringLiteral(".html")))
-            continue;
-        // Rows of a machine or language that the tree does not know yet get their folders now.
-        const Folder folder = ensurePageDirectory(rowMachine, kind.word, rowLanguage);
-        if (folder == Folder::Failed)
-            return false;
-        if (folder == Folder::Skipped)
-            continue;
-        const QString pageDir = mainDir + rowMachine + sep + kind.word + sep + rowLanguage;
         PageJob job;
+        job.name = rowNumber + QStringLiteral(".html");
+        if (!isUsableName(QStringLiteral("machine"), rowMachine) ||
+            !isUsableName(QStringLiteral("language"), rowLanguage) || !isUsableName(QStringLiteral("item"), job.name))
+            continue;
+        job.folder = mainDir + rowMachine + sep + kind.word + sep + rowLanguage;
+        // Rows of a machine or language that the tree does not know yet get their folders now.
+        auto folder = folders.find(job.folder);
+        if (folder == folders.end() || folder->state != Folder::Ready) {
+            const Folder f = ensurePageDirectory(rowMachine, kind.word, rowLanguage);
+            if (f == Folder::Failed)
+                return false;
+            if (f == Folder::Skipped)
+                continue;
+            folder = folders.find(job.folder);
+        }
         job.kind = &kind;
         job.row = row;
-        job.path = pageDir + sep + rowNumber + QStringLiteral(".html");
-        // A folder this run made holds only the pages it posted: no need to look for others.
-        const bool newFolder = createdDirs.contains(pageDir);
-        job.mayExist = !newFolder || postedPages.contains(job.path);
-        if (newFolder)
-            postedPages.insert(job.path);
+        // A folder this run made holds only the pages it posted: no need to
+        // look for others. A page is posted twice only by rows that are alike
+        // but for their language, which the query gives one after the other.
+        job.mayExist = !folder->createdByRun || folder->lastPosted == job.name;
+        folder->lastPosted = job.name;
 
         const bool allEmpty = kind.multiValueFields
                                   ? row[ColDevice].isEmpty() && row[ColResult].isEmpty() && row[ColText].isEmpty()

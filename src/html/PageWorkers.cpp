@@ -1,13 +1,15 @@
 #include "html/PageWorkers.h"
 
 #include "common/ErrorLog.h"
+#include "common/Platform.h"
 #include "common/StringUtils.h"
 #include "database/LanguageLookup.h"
 #include "html/HtmlConversions.h"
 #include "html/HtmlTextFile.h"
 #include "html/PageFiller.h"
 
-#include <QFile>
+#include <QSysInfo>
+#include <QtEndian>
 
 namespace ht
 {
@@ -15,7 +17,35 @@ namespace ht
 namespace
 {
 constexpr std::size_t kJobsPerLane = 32;
+// A lane meets the folders of one kind's languages in turn: more than that are seldom open at once.
+constexpr qsizetype kOpenFolders = 64;
+
+QString pathOf(const PageJob &job)
+{
+    return job.folder + pathSeparator() + job.name;
+}
+
+// The page as it goes to disk: UTF-16LE.
+QByteArrayView pageBytes(const QString &page, QByteArray &swapped)
+{
+    if (QSysInfo::ByteOrder == QSysInfo::LittleEndian)
+        return QByteArrayView(reinterpret_cast<const char *>(page.constData()), page.size() * 2);
+    swapped.resize(page.size() * 2);
+    qToLittleEndian<char16_t>(page.constData(), page.size(), swapped.data());
+    return swapped;
+}
 } // namespace
+
+std::shared_ptr<OpenFolder> PageWorkers::Worker::folder(const QString &path)
+{
+    if (auto known = folders.constFind(path); known != folders.constEnd())
+        return *known;
+    if (folders.size() >= kOpenFolders)
+        folders.clear();
+    auto opened = std::make_shared<OpenFolder>(path);
+    folders.insert(path, opened);
+    return opened;
+}
 
 PageWorkers::PageWorkers(const Context &ctx, int threads)
 {
@@ -41,9 +71,7 @@ PageWorkers::~PageWorkers()
 
 void PageWorkers::post(PageJob job, const std::function<void()> &whileWaiting)
 {
-    const qsizetype folderEnd =
-        std::max(job.path.lastIndexOf(QLatin1Char('/')), job.path.lastIndexOf(QLatin1Char('\\')));
-    const std::size_t key = qHash(QStringView(job.path).left(folderEnd + 1));
+    const std::size_t key = qHash(job.folder);
     m_lanes->post(
         key,
         [this, job = std::move(job)](int lane) {
@@ -54,7 +82,7 @@ void PageWorkers::post(PageJob job, const std::function<void()> &whileWaiting)
             } catch (const std::exception &e) {
                 fail(QString::fromStdString(e.what()), false);
             } catch (...) {
-                fail(QStringLiteral("Unknown failure while writing ") + job.path, false);
+                fail(QStringLiteral("Unknown failure while writing ") + pathOf(job), false);
             }
         },
         whileWaiting);
@@ -88,14 +116,20 @@ void PageWorkers::fail(const QString &text, bool ended)
 void PageWorkers::run(Worker &worker, const PageJob &job)
 {
     Context &ctx = worker.ctx;
-    const QStringList existing =
-        job.mayExist ? GetTextFileHTML(ctx, job.path, false, true) : QStringList{QStringLiteral("-1")};
-    const bool noPage = existing.size() == 1 && existing.first() == QLatin1String("-1");
+    const std::shared_ptr<OpenFolder> folder = worker.folder(job.folder);
+    if (!folder->isOpen()) {
+        fail(QStringLiteral("Cannot open the folder ") + job.folder, false);
+        return;
+    }
+    QByteArray oldBytes;
+    const FileRead read = job.mayExist ? folder->read(job.name, kMaxPageBytes, false, oldBytes) : FileRead::Missing;
+    const QStringList existing = existingPageLines(read, oldBytes);
+    const bool noPage = read == FileRead::Missing;
     const bool generatedPage = existing.size() == 1 && existing.first().isEmpty();
     if (job.removeOnly) {
         // Only a page this program generated goes; one made by hand stays.
         if (generatedPage)
-            QFile::remove(job.path);
+            folder->remove(job.name);
         return;
     }
     if (!noPage && !generatedPage)
@@ -119,9 +153,15 @@ void PageWorkers::run(Worker &worker, const PageJob &job)
     page.resize(0);
     page += QChar(0xFEFF);
     job.pageTemplate->appendFilledPage(ctx, data, page);
+    QByteArray swapped;
+    const QByteArrayView bytes = pageBytes(page, swapped);
+    // A page that would come out as it stands is left alone: a rerun over
+    // unchanged texts writes nothing.
+    if (generatedPage && bytes == QByteArrayView(oldBytes))
+        return;
     QString error;
-    if (!writeHtmlPageText(job.path, page, &error))
-        fail(QStringLiteral("Cannot write ") + job.path + QStringLiteral(": ") + error, false);
+    if (!folder->replace(job.name, bytes.data(), bytes.size(), &error))
+        fail(QStringLiteral("Cannot write ") + pathOf(job) + QStringLiteral(": ") + error, false);
 }
 
 } // namespace ht

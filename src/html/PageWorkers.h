@@ -5,10 +5,12 @@
 // once and the file system's waits overlap with the next page's work.
 
 #include "common/Context.h"
+#include "common/FileIo.h"
 #include "common/WorkLanes.h"
 #include "html/HtmlKinds.h"
 #include "html/TextWidthBreaker.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <memory>
@@ -22,8 +24,9 @@ class PreparedTemplate;
 
 struct PageJob {
     const HtmlKind *kind = nullptr;
-    QStringList row; // the record, columns as RecordColumn
-    QString path;
+    QStringList row;         // the record, columns as RecordColumn
+    QString folder;          // the page's folder, checked to lie inside the help directory
+    QString name;            // "<number>.html"
     bool mayExist = true;    // false: nothing can stand there yet, no need to look
     bool removeOnly = false; // the item has no text: only a generated page goes
     std::shared_ptr<const PreparedTemplate> pageTemplate;
@@ -40,7 +43,7 @@ class PageWorkers
     PageWorkers(const Context &ctx, int threads);
     ~PageWorkers();
 
-    // Jobs for one page path run in the order posted: the key is the page's folder.
+    // Jobs for one folder run in the order posted, on one thread.
     void post(PageJob job, const std::function<void()> &whileWaiting);
     void drain(const std::function<void()> &whileWaiting);
 
@@ -54,6 +57,8 @@ class PageWorkers
         Context ctx;
         TextWidthBreaker breaker;
         QString page;
+        QHash<QString, std::shared_ptr<OpenFolder>> folders; // the folders met lately
+        std::shared_ptr<OpenFolder> folder(const QString &path);
     };
     void run(Worker &worker, const PageJob &job);
     void fail(const QString &text, bool ended);

@@ -19,7 +19,8 @@ bool isSafePathName(const QString &name)
     }
     // Windows drops trailing dots and blanks, so "..." or ". ." would mean "." or "..".
     // A file name holds 255 bytes at the most.
-    return !onlyDotsAndBlanks && QFile::encodeName(name).size() <= 255;
+    // (A UTF-16 unit takes three bytes at the most: short names need no count.)
+    return !onlyDotsAndBlanks && (name.size() <= 85 || QFile::encodeName(name).size() <= 255);
 }
 
 bool isPathInside(const QString &baseDir, const QString &path)
