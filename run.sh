@@ -46,6 +46,8 @@ cp "$BIN/helptext-editor" "$BIN/helptext-importer" "$MACHINE/Program/Tools/"
 cp "$DEMO/databases/Helptext.mdb" "$DEMO/databases/Scopia.mdb" "$MACHINE/Program/"
 cp "$DEMO/databases/Languages.mdb" "$MACHINE/Program/Tools/"
 cp "$ROOT"/samples/templates/Source_*.html "$MACHINE/Program/Help/"
+# Without a display the settings file tells the panel's width.
+printf '[Setup]\r\nScreenResolution=1024\r\n' > "$MACHINE/Program/Tools/helptext-editor.ini"
 
 echo "Generating the help pages of the demo machines (batch run on the machine PC)..."
 status=0

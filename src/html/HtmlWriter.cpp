@@ -347,11 +347,11 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
         const QString &rowLanguage = row[ColName];
         StatusTickNewText(ctx, form,
                           tickPrefix + rowMachine + QLatin1Char('/') + rowNumber + QStringLiteral(") ") + suffix);
-        PageJob job;
-        job.name = rowNumber + QStringLiteral(".html");
+        const QString pageName = rowNumber + QStringLiteral(".html");
         if (!isUsableName(QStringLiteral("machine"), rowMachine) ||
-            !isUsableName(QStringLiteral("language"), rowLanguage) || !isUsableName(QStringLiteral("item"), job.name))
+            !isUsableName(QStringLiteral("language"), rowLanguage) || !isUsableName(QStringLiteral("item"), pageName))
             continue;
+        PageJob job;
         job.folder = mainDir + rowMachine + sep + kind.word + sep + rowLanguage;
         // Rows of a machine or language that the tree does not know yet get their folders now.
         auto folder = folders.find(job.folder);
@@ -363,13 +363,14 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
                 continue;
             folder = folders.find(job.folder);
         }
+        job.folder = folder.key(); // shared with the table: the job allocates nothing
         job.kind = &kind;
         job.row = row;
         // A folder this run made holds only the pages it posted: no need to
         // look for others. A page is posted twice only by rows that are alike
         // but for their language, which the query gives one after the other.
-        job.mayExist = !folder->createdByRun || folder->lastPosted == job.name;
-        folder->lastPosted = job.name;
+        job.mayExist = !folder->createdByRun || folder->lastPosted == rowNumber;
+        folder->lastPosted = rowNumber;
 
         const bool allEmpty = kind.multiValueFields
                                   ? row[ColDevice].isEmpty() && row[ColResult].isEmpty() && row[ColText].isEmpty()

@@ -20,9 +20,14 @@ constexpr std::size_t kJobsPerLane = 32;
 // A lane meets the folders of one kind's languages in turn: more than that are seldom open at once.
 constexpr qsizetype kOpenFolders = 64;
 
+QString nameOf(const PageJob &job)
+{
+    return job.row[ColNumber] + QStringLiteral(".html");
+}
+
 QString pathOf(const PageJob &job)
 {
-    return job.folder + pathSeparator() + job.name;
+    return job.folder + pathSeparator() + nameOf(job);
 }
 
 // The page as it goes to disk: UTF-16LE.
@@ -61,7 +66,17 @@ PageWorkers::PageWorkers(const Context &ctx, int threads)
         w->ctx.endProgram = [](int) {};
         m_workers.push_back(std::move(w));
     }
-    m_lanes = std::make_unique<WorkLanes>(threads, kJobsPerLane);
+    m_lanes = std::make_unique<WorkLanes<PageJob>>(threads, kJobsPerLane, [this](int lane, PageJob &job) {
+        try {
+            run(*m_workers[std::size_t(lane)], job);
+        } catch (const ProgramEnded &) {
+            fail(QString(), true);
+        } catch (const std::exception &e) {
+            fail(QString::fromStdString(e.what()), false);
+        } catch (...) {
+            fail(QStringLiteral("Unknown failure while writing ") + pathOf(job), false);
+        }
+    });
 }
 
 PageWorkers::~PageWorkers()
@@ -72,20 +87,7 @@ PageWorkers::~PageWorkers()
 void PageWorkers::post(PageJob job, const std::function<void()> &whileWaiting)
 {
     const std::size_t key = qHash(job.folder);
-    m_lanes->post(
-        key,
-        [this, job = std::move(job)](int lane) {
-            try {
-                run(*m_workers[std::size_t(lane)], job);
-            } catch (const ProgramEnded &) {
-                fail(QString(), true);
-            } catch (const std::exception &e) {
-                fail(QString::fromStdString(e.what()), false);
-            } catch (...) {
-                fail(QStringLiteral("Unknown failure while writing ") + pathOf(job), false);
-            }
-        },
-        whileWaiting);
+    m_lanes->post(key, std::move(job), whileWaiting);
 }
 
 void PageWorkers::drain(const std::function<void()> &whileWaiting)
@@ -121,15 +123,16 @@ void PageWorkers::run(Worker &worker, const PageJob &job)
         fail(QStringLiteral("Cannot open the folder ") + job.folder, false);
         return;
     }
+    const QString name = nameOf(job);
     QByteArray oldBytes;
-    const FileRead read = job.mayExist ? folder->read(job.name, kMaxPageBytes, false, oldBytes) : FileRead::Missing;
+    const FileRead read = job.mayExist ? folder->read(name, kMaxPageBytes, false, oldBytes) : FileRead::Missing;
     const QStringList existing = existingPageLines(read, oldBytes);
     const bool noPage = read == FileRead::Missing;
     const bool generatedPage = existing.size() == 1 && existing.first().isEmpty();
     if (job.removeOnly) {
         // Only a page this program generated goes; one made by hand stays.
         if (generatedPage)
-            folder->remove(job.name);
+            folder->remove(name);
         return;
     }
     if (!noPage && !generatedPage)
@@ -160,7 +163,7 @@ void PageWorkers::run(Worker &worker, const PageJob &job)
     if (generatedPage && bytes == QByteArrayView(oldBytes))
         return;
     QString error;
-    if (!folder->replace(job.name, bytes.data(), bytes.size(), &error))
+    if (!folder->replace(name, bytes.data(), bytes.size(), &error))
         fail(QStringLiteral("Cannot write ") + pathOf(job) + QStringLiteral(": ") + error, false);
 }
 

@@ -67,7 +67,7 @@ class PageWorkers
     mutable std::mutex m_mutex;
     QString m_failure;
     bool m_programEnded = false;
-    std::unique_ptr<WorkLanes> m_lanes; // last: its threads end before the workers go
+    std::unique_ptr<WorkLanes<PageJob>> m_lanes; // last: its threads end before the workers go
 };
 
 } // namespace ht
