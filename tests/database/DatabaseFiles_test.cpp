@@ -77,7 +77,7 @@ struct DatabaseFiles : ::testing::Test {
 
 TEST_F(DatabaseFiles, FormatComesFromTheHeaderNotTheName)
 {
-    const QByteArray sqlite = readFileBytes(good), jet = readFileBytes(sharedJet(QStringLiteral("test2V2000")));
+    const QByteArray sqlite = readFileBytes(good), jet = readFileBytes(jetTestFile(QStringLiteral("test2V2000")));
     const std::pair<QString, DbFormat> cases[] = {
         {good, DbFormat::SQLite},
         {writeIn(dir, QStringLiteral("sqlite.mdb"), sqlite), DbFormat::SQLite},

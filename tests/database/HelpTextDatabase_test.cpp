@@ -142,7 +142,7 @@ TEST(JetHelpText, AnEarlierConversionIsUsedAndNamed)
 {
     DbTestContext t;
     const QString jet = t.path(QStringLiteral("Machine.mdb")), sqlite = t.path(QStringLiteral("Machine.sqlite"));
-    ASSERT_TRUE(QFile::copy(sharedJet(QStringLiteral("testUnicodeCompV2003")), jet));
+    ASSERT_TRUE(QFile::copy(jetTestFile(QStringLiteral("testUnicodeCompV2003")), jet));
     makeHelpTextDb(sqlite);
     const QByteArray sqliteBytes = readFileBytes(sqlite);
 
@@ -167,7 +167,7 @@ TEST(JetHelpText, AFailedCheckLeavesEveryFileAsItWas)
     for (int i = 0; i < 3; ++i) {
         DbTestContext t;
         const QString jet = t.path(QStringLiteral("Machine.mdb"));
-        ASSERT_TRUE(QFile::copy(sharedJet(QStringLiteral("testUnicodeCompV2003")), jet));
+        ASSERT_TRUE(QFile::copy(jetTestFile(QStringLiteral("testUnicodeCompV2003")), jet));
         besides[i](t.path(QStringLiteral("Machine.sqlite")));
         QList<QByteArray> before;
         for (const QString &f : filesIn(t.dir.path()))
