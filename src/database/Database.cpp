@@ -151,12 +151,13 @@ std::unique_ptr<Database> Database::open(const QString &path, Mode mode)
     auto impl = std::make_unique<Impl>();
     impl->path = path;
     impl->mode = mode;
-    impl->format = detectDatabaseFormat(path);
+    QString refusal;
+    impl->format = detectDatabaseFormat(path, &refusal);
     switch (impl->format) {
     case DbFormat::Missing:
         impl->fail(QStringLiteral("Database file not found"), {});
     case DbFormat::Unknown:
-        impl->fail(QStringLiteral("Not a database file"), {});
+        impl->fail(QStringLiteral("Not a database file"), refusal);
     case DbFormat::Jet:
         if (mode == Mode::ReadWrite)
             impl->fail(QStringLiteral("A Jet (Access) database can only be opened for reading; "

@@ -23,7 +23,10 @@ class DbError : public std::runtime_error
 };
 
 enum class DbFormat { Missing, SQLite, Jet, Unknown };
-DbFormat detectDatabaseFormat(const QString &path); // by the file's header, never its extension
+// By the file's header, never its extension. Only a regular file of at most
+// kMaxDatabaseBytes can be a database: anything else is Unknown, with the reason in *why.
+DbFormat detectDatabaseFormat(const QString &path, QString *why = nullptr);
+constexpr qint64 kMaxDatabaseBytes = qint64(2) << 30; // 2 GiB, as far as a Jet file can grow
 
 // A fully read result: rows of values, navigated like a classic recordset.
 class Recordset
