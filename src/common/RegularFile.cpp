@@ -5,9 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace ht {
+namespace ht
+{
 
-namespace {
+namespace
+{
 
 bool refuse(QString *why, const QString &reason)
 {
@@ -26,7 +28,7 @@ bool openRegularFile(QFile &file, const QString &path, qint64 maxBytes, QString 
     const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0)
         return refuse(why, qt_error_string(errno));
-    struct stat st {};
+    struct stat st = {};
     if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
         ::close(fd);
         return refuse(why, QStringLiteral("not a regular file"));

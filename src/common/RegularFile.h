@@ -7,7 +7,8 @@
 #include <QString>
 #include <optional>
 
-namespace ht {
+namespace ht
+{
 
 // Opens `file` read-only on `path` when that is a regular file of at most maxBytes.
 // Otherwise returns false with the reason in *why. Never blocks.
