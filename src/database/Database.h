@@ -22,6 +22,13 @@ class DbError : public std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
+// Another program held the database locked for longer than the busy timeout.
+class DbBusy : public DbError
+{
+  public:
+    using DbError::DbError;
+};
+
 enum class DbFormat { Missing, SQLite, Jet, Unknown };
 // By the file's header, never its extension. Only a regular file of at most
 // kMaxDatabaseBytes can be a database: anything else is Unknown, with the reason in *why.
@@ -80,6 +87,8 @@ class Database
     static std::unique_ptr<Database> open(const QString &path, Mode mode = Mode::ReadWrite);
     // Creates a new, empty SQLite database file (fails when the file exists).
     static std::unique_ptr<Database> create(const QString &path);
+    // How long a statement waits for another program's lock before DbBusy (default 5 s).
+    static void setBusyTimeout(int milliseconds);
 
     QString path() const;
     DbFormat format() const;
@@ -106,6 +115,8 @@ class Database
     void changeColumnType(const QString &table, const QString &column, const QString &declaredType);
 
     // RAII transaction: rolls back unless commit() was called. Nests (inner ones are savepoints).
+    // On a writable file it takes the write lock at once, waiting for another writer as a
+    // single statement does (a read lock held first could only fail on the upgrade).
     class Transaction
     {
       public:

@@ -8,6 +8,8 @@
 #include <QFile>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <thread>
 
 using namespace ht;
 using namespace ht::test;
@@ -134,6 +136,36 @@ TEST(CheckConnection, BringsAnOlderDatabaseUpToDateKeepingItsData)
     EXPECT_EQ(t.ctx.state.lastBackupPath, t.path(QStringLiteral("Help_BACKUP.sav")));
     EXPECT_EQ(dump(t.ctx.state.lastBackupPath, QStringLiteral("SELECT COUNT(*) FROM AlarmDefinition")),
               QStringList{QStringLiteral("1280")});
+}
+
+// Another program writing the database holds its lock for a while: the check waits for
+// it, and when it does not let go in time, says that the database is in use.
+TEST(CheckConnection, WaitsForAnotherWriterAndOtherwiseSaysTheDatabaseIsInUse)
+{
+    for (const bool letGo : {true, false}) {
+        DbTestContext t;
+        const QString db = t.newHelpDb();
+        sqlite3 *other = nullptr;
+        ASSERT_EQ(sqlite3_open(QFile::encodeName(db).constData(), &other), SQLITE_OK);
+        sqlite3_busy_timeout(other, 5000);
+        ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE; UPDATE DBSys SET Data = Data", nullptr, nullptr, nullptr),
+                  SQLITE_OK);
+        std::thread writer([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            if (letGo)
+                sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr);
+        });
+        Database::setBusyTimeout(letGo ? 5000 : 100);
+        const QString result = CheckConnection(t.ctx, db);
+        Database::setBusyTimeout(5000);
+        writer.join();
+        sqlite3_close(other);
+
+        EXPECT_EQ(result, letGo ? db : QString());
+        const QString inUse = QStringLiteral("Error connecting Database \"") + db +
+                              QStringLiteral("\"! Database is in use by another program, try again when it is done.");
+        EXPECT_EQ(t.ui.messageTexts(), letGo ? QStringList() : QStringList{inUse});
+    }
 }
 
 // A Jet file stands in for an Access help-text database: it cannot be written,
