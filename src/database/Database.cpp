@@ -283,6 +283,15 @@ void Database::execScript(const QString &sql)
     }
 }
 
+void Database::checkIntact()
+{
+    if (d->format != DbFormat::SQLite)
+        return;
+    const Recordset check = query(QStringLiteral("PRAGMA quick_check"));
+    if (check.recordCount() != 1 || check.value(0).toString() != QLatin1String("ok"))
+        d->fail(QStringLiteral("The database is damaged"), check.recordCount() ? check.value(0).toString() : QString());
+}
+
 // ---------------------------------------------------------------------------
 
 Database::Transaction::Transaction(Database &db) : m_db(db), m_level(db.d->transactionDepth + 1)

@@ -99,6 +99,9 @@ class Database
     QVariant lastInsertId() const;
     // Several ";"-separated statements without parameters (schema scripts).
     void execScript(const QString &sql);
+    // Reads every page of an SQLite file once, as a damaged file can have an intact
+    // schema; throws DbError when it is damaged. A Jet file is checked as it is read.
+    void checkIntact();
 
     // Schema
     QStringList tables();

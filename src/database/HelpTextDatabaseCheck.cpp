@@ -54,12 +54,7 @@ Probe probeTables(Database &db)
                             "FROM Language LIMIT 0"));
     db.query(QStringLiteral("SELECT Discription.DiscriptionID, Discription.Language, Discription.Text "
                             "FROM Discription LIMIT 0"));
-    if (db.format() == DbFormat::SQLite) {
-        // A damaged or truncated file can have an intact schema: read every page once.
-        const Recordset check = db.query(QStringLiteral("PRAGMA quick_check"));
-        if (check.recordCount() != 1 || check.value(0).toString() != QLatin1String("ok"))
-            throw DbError("The database is damaged: " + check.value(0).toString().toStdString());
-    }
+    db.checkIntact();
     return p;
 }
 
