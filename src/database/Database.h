@@ -114,7 +114,8 @@ class Database
     void renameColumn(const QString &table, const QString &from, const QString &to);
     void dropColumn(const QString &table, const QString &column); // rebuilds the table when indexed
     // Gives `column` a new declared type (e.g. "TEXT COLLATE NOCASE") by rebuilding the
-    // table in one transaction; values, column order, keys and indexes are kept.
+    // table in one transaction; values, column order, keys and indexes are kept. A whole
+    // floating-point number given a text type is written without its fraction ("5").
     void changeColumnType(const QString &table, const QString &column, const QString &declaredType);
 
     // RAII transaction: rolls back unless commit() was called. Nests (inner ones are savepoints).

@@ -104,8 +104,10 @@ TEST(CheckConnection, BringsAnOlderDatabaseUpToDateKeepingItsData)
             "UPDATE DBSys SET Data = '300' WHERE Item = 'MaxLenAlarm';"
             "UPDATE MaterialChangeDefinition SET MachineType = '5' WHERE MaterialChangeID <= 1000;"
             "UPDATE MaterialChangeDefinition SET MachineType = '17' WHERE MaterialChangeID BETWEEN 2001 AND 3000;"));
-        for (const char *table : {"AlarmDefinition", "MaterialChangeDefinition"})
-            d->changeColumnType(QLatin1String(table), QStringLiteral("MachineType"), QStringLiteral("INTEGER"));
+        // A Long Integer column, and a Double one as a copied Jet Single or Double column is.
+        d->changeColumnType(QStringLiteral("AlarmDefinition"), QStringLiteral("MachineType"), QStringLiteral("INTEGER"));
+        d->changeColumnType(QStringLiteral("MaterialChangeDefinition"), QStringLiteral("MachineType"),
+                            QStringLiteral("DOUBLE"));
         // What a conversion leaves when it stops after creating the new column.
         d->renameColumn(QStringLiteral("WarningDefinition"), QStringLiteral("MachineType"),
                         QStringLiteral("MachineType_Old"));
@@ -117,7 +119,7 @@ TEST(CheckConnection, BringsAnOlderDatabaseUpToDateKeepingItsData)
                                       "MaterialChangeDefinition ORDER BY 1");
     const QStringList mcBefore = dump(db, mc);
     const QString types = QStringLiteral("SELECT DISTINCT typeof(MachineType) FROM %1");
-    ASSERT_EQ(dump(db, types.arg(QStringLiteral("MaterialChangeDefinition"))), QStringList{QStringLiteral("integer")});
+    ASSERT_EQ(dump(db, types.arg(QStringLiteral("MaterialChangeDefinition"))), QStringList{QStringLiteral("real")});
 
     ASSERT_EQ(CheckConnection(t.ctx, db), db);
 
