@@ -240,14 +240,22 @@ TEST(CreateDBBackup, NumbersFurtherBackupsKeepsTheFirstAndReportsAFailedCopy)
     EXPECT_EQ(readFileBytes(base + QStringLiteral(".sav")), first);
     EXPECT_EQ(readFileBytes(base + QStringLiteral("1.sav")), second);
     EXPECT_NE(first, second);
+    // The numbers do not run out.
+    for (int n = 3; n <= 9999; ++n)
+        writeFileBytes(base + QString::number(n) + QStringLiteral(".sav"), {});
+    ASSERT_TRUE(CreateDBBackup(t.ctx));
+    EXPECT_EQ(t.ctx.state.lastBackupPath, base + QStringLiteral("10000.sav"));
     EXPECT_TRUE(t.ui.shown.empty());
 
+    // A failed copy is named with its cause, here the missing database.
     t.ctx.state.helpTextDB = t.path(QStringLiteral("Gone.mdb"));
     EXPECT_FALSE(CreateDBBackup(t.ctx));
-    EXPECT_EQ(t.ui.messageTexts(),
-              QStringList{QStringLiteral("Could not create backup-database") + LFCR +
-                          QStringLiteral("Error on copying ") + LFCR + t.ctx.state.helpTextDB + QStringLiteral(" to ") +
-                          LFCR + t.path(QStringLiteral("Gone_BACKUP.sav"))});
+    const QString failed = QStringLiteral("Could not create backup-database") + LFCR +
+                           QStringLiteral("Error on copying ") + LFCR + t.ctx.state.helpTextDB +
+                           QStringLiteral(" to ") + LFCR + t.path(QStringLiteral("Gone_BACKUP.sav")) + LFCR;
+    ASSERT_EQ(t.ui.shown.size(), 1u);
+    EXPECT_TRUE(t.ui.shown[0].text.startsWith(failed)) << t.ui.shown[0].text.toStdString();
+    EXPECT_TRUE(t.ui.shown[0].text.mid(failed.size()).contains(QStringLiteral("Gone.mdb")));
 }
 
 TEST(GetMachineList, NamesRoundTripExactlyAndFreeRowsAreNoMachine)
