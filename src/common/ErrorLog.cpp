@@ -31,8 +31,7 @@ void LogError(Context &ctx, const QString &text)
     QFile f(errorLogPath(ctx));
     const QByteArray line = text.toUtf8() + "\r\n";
     // QFile buffers the line: a full disk shows only at the flush, or at the close.
-    const bool written =
-        f.open(QIODevice::WriteOnly | QIODevice::Append) && f.write(line) == line.size() && f.flush();
+    const bool written = f.open(QIODevice::WriteOnly | QIODevice::Append) && f.write(line) == line.size() && f.flush();
     QString why = f.errorString();
     f.close();
     if (written && f.error() == QFileDevice::NoError)

@@ -296,8 +296,7 @@ void Database::checkIntact()
 
 Database::Transaction::Transaction(Database &db) : m_db(db), m_level(db.d->transactionDepth + 1)
 {
-    const QString begin =
-        m_db.d->mode == Mode::ReadWrite ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN");
+    const QString begin = m_db.d->mode == Mode::ReadWrite ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN");
     m_db.d->run(m_level == 1 ? begin : QStringLiteral("SAVEPOINT helptext_%1").arg(m_level), {});
     m_db.d->transactionDepth = m_level;
 }

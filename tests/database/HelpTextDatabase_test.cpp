@@ -105,7 +105,8 @@ TEST(CheckConnection, BringsAnOlderDatabaseUpToDateKeepingItsData)
             "UPDATE MaterialChangeDefinition SET MachineType = '5' WHERE MaterialChangeID <= 1000;"
             "UPDATE MaterialChangeDefinition SET MachineType = '17' WHERE MaterialChangeID BETWEEN 2001 AND 3000;"));
         // A Long Integer column, and a Double one as a copied Jet Single or Double column is.
-        d->changeColumnType(QStringLiteral("AlarmDefinition"), QStringLiteral("MachineType"), QStringLiteral("INTEGER"));
+        d->changeColumnType(QStringLiteral("AlarmDefinition"), QStringLiteral("MachineType"),
+                            QStringLiteral("INTEGER"));
         d->changeColumnType(QStringLiteral("MaterialChangeDefinition"), QStringLiteral("MachineType"),
                             QStringLiteral("DOUBLE"));
         // What a conversion leaves when it stops after creating the new column.
