@@ -1,4 +1,4 @@
-// Times the conversion of the largest shared Jet file into a new SQLite file, and the
+// Times the conversion of the largest Access test file into a new SQLite file, and the
 // first query on a Jet file opened directly (which copies the table it needs).
 // Usage: bench_jet_to_sqlite [file.mdb] [rounds]
 #include "database/Database.h"
@@ -15,10 +15,10 @@
 namespace
 {
 
-QString largestSharedJetFile()
+QString largestJetTestFile()
 {
-    // The shared test data lie beside the repository that holds this source file.
-    const QDir dir(QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../../shared/testdata/jet"));
+    // The Access files the tests read, in the repository that holds this source file.
+    const QDir dir(QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../tests/data/jet"));
     QString best;
     qint64 bestSize = -1;
     for (const QFileInfo &info : dir.entryInfoList({QStringLiteral("*.mdb")}, QDir::Files))
@@ -48,7 +48,7 @@ void report(const char *what, std::vector<double> times)
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    const QString jet = argc > 1 ? QString::fromLocal8Bit(argv[1]) : largestSharedJetFile();
+    const QString jet = argc > 1 ? QString::fromLocal8Bit(argv[1]) : largestJetTestFile();
     const int rounds = argc > 2 ? std::max(1, std::atoi(argv[2])) : 20;
     if (jet.isEmpty()) {
         std::fprintf(stderr, "no Jet file found\n");

@@ -30,9 +30,14 @@ void LogError(Context &ctx, const QString &text)
     // is lost when the program ends abruptly afterwards.
     QFile f(errorLogPath(ctx));
     const QByteArray line = text.toUtf8() + "\r\n";
-    if (f.open(QIODevice::WriteOnly | QIODevice::Append) && f.write(line) == line.size())
+    // QFile buffers the line: a full disk shows only at the flush, or at the close.
+    const bool written = f.open(QIODevice::WriteOnly | QIODevice::Append) && f.write(line) == line.size() && f.flush();
+    QString why = f.errorString();
+    f.close();
+    if (written && f.error() == QFileDevice::NoError)
         return;
-    const QString why = f.errorString();
+    if (written)
+        why = f.errorString();
     std::fprintf(stderr, "LogError: cannot write %s (%s): %s\n", qPrintable(f.fileName()), qPrintable(why),
                  qPrintable(text));
     // A user at the workstation hears of it like of any unexpected error; on

@@ -241,6 +241,49 @@ bool OpenFolder::remove(const QString &name) const
 #endif
 }
 
+bool openRegularFile(QFile &file, const QString &path, qint64 maxBytes, QString *why)
+{
+#ifdef Q_OS_WIN
+    const QFileInfo info(path);
+    if (!info.isFile()) {
+        setError(why, QStringLiteral("not a regular file"));
+        return false;
+    }
+    if (info.size() > maxBytes) {
+        setError(why, QStringLiteral("larger than %1 bytes").arg(maxBytes));
+        return false;
+    }
+    file.setFileName(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        setError(why, file.errorString());
+        return false;
+    }
+    return true;
+#else
+    // The type is taken from the open handle, so the file cannot be swapped
+    // between the check and the read.
+    const int fd = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (fd < 0) {
+        setError(why, systemError(errno));
+        return false;
+    }
+    struct stat st {
+    };
+    QString reason;
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode))
+        reason = QStringLiteral("not a regular file");
+    else if (st.st_size > maxBytes)
+        reason = QStringLiteral("larger than %1 bytes").arg(maxBytes);
+    else if (!file.open(fd, QIODevice::ReadOnly, QFileDevice::AutoCloseHandle))
+        reason = file.errorString();
+    if (reason.isEmpty())
+        return true;
+    ::close(fd);
+    setError(why, reason);
+    return false;
+#endif
+}
+
 FileRead readRegularFile(const QString &path, qint64 maxBytes, bool followLinks, QByteArray &bytes, QString *error)
 {
 #ifdef Q_OS_WIN

@@ -4,6 +4,7 @@
 // never a half-written mix, whatever happens to the program meanwhile.
 
 #include <QByteArray>
+#include <QFile>
 #include <QString>
 
 namespace ht
@@ -48,7 +49,12 @@ class OpenFolder
     int m_fd = -1;
 };
 
-// The same for a single file given by its path.
+// Opens `file` read-only on `path` when that is a regular file (links
+// followed) of at most maxBytes, for callers that read it piece by piece.
+// Otherwise false with the reason in `why`. Never blocks.
+bool openRegularFile(QFile &file, const QString &path, qint64 maxBytes, QString *why = nullptr);
+
+// The same as OpenFolder's for a single file given by its path.
 FileRead readRegularFile(const QString &path, qint64 maxBytes, bool followLinks, QByteArray &bytes,
                          QString *error = nullptr);
 bool replaceFile(const QString &path, const char *data, qint64 size, QString *error = nullptr);

@@ -3,13 +3,12 @@
 // first matching section and key win, and a write changes only the one line it
 // has to, leaving every other byte of the file as it was.
 
-#include "common/CodePage.h"
 #include "common/IniFile.h"
+#include "common/ProfileFile.h"
 
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QStringDecoder>
 #include <limits>
 #include <vector>
 
@@ -18,87 +17,6 @@ namespace ht::profile
 
 namespace
 {
-
-enum class LineKind { Other, Section, Key };
-
-struct ProfileLine {
-    LineKind kind = LineKind::Other;
-    QString name;             // section or key name
-    QString value;            // key value, blanks trimmed
-    qsizetype start = 0;      // first byte of the line
-    qsizetype contentEnd = 0; // end of the line without its CR LF / LF
-    qsizetype next = 0;       // first byte of the following line
-    qsizetype equalsAt = -1;  // byte position of the key's "="
-    bool blank = true;        // only white space on the line
-};
-
-bool isProfileSpace(QChar c)
-{
-    // White space as the profile functions see it, including the old
-    // end-of-file character that some editors leave behind.
-    return c == QLatin1Char(' ') || c == QLatin1Char('\t') || c == QLatin1Char('\r') || c == QLatin1Char('\n') ||
-           c == QLatin1Char('\v') || c == QLatin1Char('\f') || c.unicode() == 0x1A;
-}
-
-QString trimProfile(QStringView s)
-{
-    qsizetype b = 0, e = s.size();
-    while (b < e && isProfileSpace(s[b]))
-        ++b;
-    while (e > b && isProfileSpace(s[e - 1]))
-        --e;
-    return s.mid(b, e - b).toString();
-}
-
-// Lines are UTF-8; a line that is not valid UTF-8 was written in the ANSI code
-// page of the classic Windows installations and is read as Windows-1252.
-QString decodeLine(const QByteArray &bytes)
-{
-    QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    QString text = utf8.decode(bytes);
-    if (!utf8.hasError())
-        return text;
-    return codePageToUnicode(bytes, 1252);
-}
-
-std::vector<ProfileLine> parse(const QByteArray &bytes)
-{
-    std::vector<ProfileLine> lines;
-    qsizetype pos = 0;
-    while (pos < bytes.size()) {
-        ProfileLine line;
-        line.start = pos;
-        const qsizetype lf = bytes.indexOf('\n', pos);
-        line.next = lf < 0 ? bytes.size() : lf + 1;
-        line.contentEnd = lf < 0 ? bytes.size() : lf;
-        if (lf >= 0 && line.contentEnd > line.start && bytes[line.contentEnd - 1] == '\r')
-            --line.contentEnd;
-        pos = line.next;
-
-        const QByteArray raw = bytes.mid(line.start, line.contentEnd - line.start);
-        QString decoded = decodeLine(raw);
-        if (line.start == 0 && decoded.startsWith(QChar(QChar::ByteOrderMark)))
-            decoded.remove(0, 1); // a UTF-8 mark some editors put first
-        const QString text = trimProfile(decoded);
-        line.blank = text.isEmpty();
-        if (text.startsWith(QLatin1Char('['))) {
-            const qsizetype close = text.lastIndexOf(QLatin1Char(']'));
-            if (close > 0) {
-                line.kind = LineKind::Section;
-                line.name = text.mid(1, close - 1);
-            }
-        } else if (const qsizetype eq = text.indexOf(QLatin1Char('=')); eq >= 0) {
-            // "=" is a single byte in both encodings, so its byte position is
-            // the first "=" byte of the raw line.
-            line.kind = LineKind::Key;
-            line.name = trimProfile(QStringView(text).left(eq));
-            line.value = trimProfile(QStringView(text).mid(eq + 1));
-            line.equalsAt = line.start + raw.indexOf('=');
-        }
-        lines.push_back(std::move(line));
-    }
-    return lines;
-}
 
 bool sameName(const QString &a, const QString &b)
 {
@@ -114,15 +32,6 @@ qsizetype findSection(const std::vector<ProfileLine> &lines, const QString &sect
     return -1;
 }
 
-// One past the last line of the section that starts at `sectionAt`.
-qsizetype sectionEnd(const std::vector<ProfileLine> &lines, qsizetype sectionAt)
-{
-    qsizetype i = sectionAt + 1;
-    while (i < qsizetype(lines.size()) && lines[size_t(i)].kind != LineKind::Section)
-        ++i;
-    return i;
-}
-
 // Index of the first key line named `key` inside the first section named
 // `section`; later sections of the same name are not looked at.
 qsizetype findKey(const std::vector<ProfileLine> &lines, const QString &section, const QString &key)
@@ -130,20 +39,10 @@ qsizetype findKey(const std::vector<ProfileLine> &lines, const QString &section,
     const qsizetype s = findSection(lines, section);
     if (s < 0)
         return -1;
-    const qsizetype end = sectionEnd(lines, s);
-    for (qsizetype i = s + 1; i < end; ++i)
-        if (lines[size_t(i)].kind == LineKind::Key && sameName(lines[size_t(i)].name, key))
-            return i;
+    for (size_t i = size_t(s) + 1; i < lines.size() && lines[i].kind == LineKind::Key; ++i)
+        if (sameName(lines[i].name, key))
+            return qsizetype(i);
     return -1;
-}
-
-QByteArray readAll(const QString &file, bool *ok = nullptr)
-{
-    QFile f(file);
-    const bool opened = QFileInfo(file).isFile() && f.open(QIODevice::ReadOnly);
-    if (ok)
-        *ok = opened;
-    return opened ? f.readAll() : QByteArray();
 }
 
 // A value enclosed in matching single or double quotes is read without them.
@@ -169,41 +68,43 @@ QString fitBuffer(const QString &value, int bufferSize)
     return value.left(n);
 }
 
-QByteArray lineBreakOf(const QByteArray &bytes, const std::vector<ProfileLine> &lines, qsizetype at)
+// The line break the file uses: the one of the line at hand, else that of the first line.
+QByteArray lineBreak(const ProfileFile &f, qsizetype contentEnd = 0, qsizetype next = 0)
 {
-    auto breakOf = [&](const ProfileLine &l) -> QByteArray {
-        if (l.next == l.contentEnd)
-            return {};
-        return bytes.mid(l.contentEnd, l.next - l.contentEnd);
-    };
-    if (at >= 0) {
-        if (QByteArray b = breakOf(lines[size_t(at)]); !b.isEmpty())
-            return b;
-    }
-    for (const auto &l : lines)
-        if (QByteArray b = breakOf(l); !b.isEmpty())
-            return b;
-    return QByteArrayLiteral("\r\n");
+    if (next > contentEnd)
+        return f.bytes.mid(contentEnd, next - contentEnd);
+    return f.firstBreak.isEmpty() ? QByteArrayLiteral("\r\n") : f.firstBreak;
 }
 
-bool writeAll(const QString &file, const QByteArray &bytes)
+// Puts `bytes` in place of the settings file `before` was read from.
+bool writeAll(const QString &file, std::shared_ptr<const ProfileFile> before, QByteArray bytes)
 {
+    const bool unchanged = bytes == before->bytes;
+    before.reset(); // a large file's parse is not kept twice
     const QFileInfo fi(file);
     // A read-only settings file stays as it is, also for an administrator
     // whom the file system would let through.
     constexpr auto anyWrite = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
     if (fi.exists() && (!fi.isFile() || !fi.isWritable() || !(fi.permissions() & anyWrite)))
         return false;
+    if (unchanged)
+        return true; // the value was there already, as when the start-up writes back what it read
     QSaveFile out(file);
-    // A writable file in a read-only directory is written in place.
-    out.setDirectWriteFallback(true);
+    // The new file is written beside the old one and renamed into its place. Where
+    // that cannot be done (a writable file in a read-only folder) the file is not
+    // written in place either: a full disk or a crash half-way would lose every
+    // setting, where refusing loses only this one change.
+    out.setDirectWriteFallback(false);
     if (!out.open(QIODevice::WriteOnly))
         return false;
     if (out.write(bytes) != bytes.size()) {
         out.cancelWriting();
         return false;
     }
-    return out.commit();
+    if (!out.commit())
+        return false;
+    rememberProfile(file, std::move(bytes));
+    return true;
 }
 
 // A value is one line of the file; anything after a line break is dropped so
@@ -220,11 +121,10 @@ QString singleLine(const QString &value)
 
 QString readString(const QString &file, const QString &section, const QString &key, const QString &def, int bufferSize)
 {
-    const QByteArray bytes = readAll(file);
-    const std::vector<ProfileLine> lines = parse(bytes);
-    const qsizetype k = findKey(lines, section, key);
+    const std::shared_ptr<const ProfileFile> f = loadProfile(file);
+    const qsizetype k = findKey(f->lines, section, key);
     if (k >= 0)
-        return fitBuffer(stripQuotes(lines[size_t(k)].value), bufferSize);
+        return fitBuffer(stripQuotes(f->lines[size_t(k)].value), bufferSize);
     // The default loses its trailing blanks, so a default of blanks reads as "".
     QString d = def;
     while (!d.isEmpty() && d.back() == QLatin1Char(' '))
@@ -263,8 +163,11 @@ bool writeString(const QString &file, const QString &section, const QString &key
     if (section.isEmpty() || key.isEmpty())
         return false;
     const QByteArray newValue = singleLine(value).toUtf8();
-    QByteArray bytes = readAll(file);
-    const std::vector<ProfileLine> lines = parse(bytes);
+    std::shared_ptr<const ProfileFile> f = loadProfile(file);
+    if (!f->readable)
+        return false; // the rest of the file could not be kept
+    const std::vector<ProfileLine> &lines = f->lines;
+    QByteArray bytes = f->bytes;
 
     if (const qsizetype k = findKey(lines, section, key); k >= 0) {
         // Only the value of the key line changes; the blanks after "=" stay.
@@ -276,31 +179,27 @@ bool writeString(const QString &file, const QString &section, const QString &key
         if (firstText < l.contentEnd)
             from = firstText;
         bytes.replace(from, l.contentEnd - from, newValue);
-        return writeAll(file, bytes);
+        return writeAll(file, std::move(f), std::move(bytes));
     }
 
     const QByteArray keyLine = key.toUtf8() + '=' + newValue;
     if (const qsizetype s = findSection(lines, section); s >= 0) {
         // Added after the last non-blank line of the section, so blank lines
         // that separate it from the next section stay where they are.
-        qsizetype last = s;
-        for (qsizetype i = s + 1; i < sectionEnd(lines, s); ++i)
-            if (!lines[size_t(i)].blank)
-                last = i;
-        const ProfileLine &l = lines[size_t(last)];
-        const QByteArray br = lineBreakOf(bytes, lines, last);
-        if (l.next == l.contentEnd) // last line of the file without a break
-            bytes.insert(l.next, br + keyLine + br);
+        const ProfileLine &l = lines[size_t(s)];
+        const QByteArray br = lineBreak(*f, l.tailEnd, l.tailNext);
+        if (l.tailNext == l.tailEnd) // last line of the file without a break
+            bytes.insert(l.tailNext, br + keyLine + br);
         else
-            bytes.insert(l.next, keyLine + br);
-        return writeAll(file, bytes);
+            bytes.insert(l.tailNext, keyLine + br);
+        return writeAll(file, std::move(f), std::move(bytes));
     }
 
-    const QByteArray br = lineBreakOf(bytes, lines, -1);
+    const QByteArray br = lineBreak(*f);
     if (!bytes.isEmpty() && !bytes.endsWith('\n'))
         bytes.append(br);
     bytes.append('[' + section.toUtf8() + ']' + br + keyLine + br);
-    return writeAll(file, bytes);
+    return writeAll(file, std::move(f), std::move(bytes));
 }
 
 } // namespace ht::profile

@@ -21,6 +21,14 @@ namespace ht
 namespace
 {
 
+std::atomic<int> busyTimeoutMs{5000};
+
+// SQLite's result code behind a failure reported by Qt.
+int sqliteCode(const QSqlError &error)
+{
+    return error.nativeErrorCode().toInt();
+}
+
 QString newConnectionName()
 {
     static std::atomic<int> counter{0};
@@ -56,13 +64,17 @@ Database::Impl::~Impl()
     }
 }
 
-void Database::Impl::fail(const QString &what, const QString &detail) const
+void Database::Impl::fail(const QString &what, const QString &detail, int sqliteCode) const
 {
     QString text = what;
     // The detail is mostly the statement: a huge one must not flood the error log.
     if (!detail.isEmpty())
         text += QStringLiteral(": ") + shortForLog(detail, 1000);
-    throw DbError(QStringLiteral("%1 (%2)").arg(text, path).toStdString());
+    text = QStringLiteral("%1 (%2)").arg(text, path);
+    const int primary = sqliteCode & 0xff; // without the extended part
+    if (primary == SQLITE_BUSY || primary == SQLITE_LOCKED)
+        throw DbBusy(("The database is in use by another program: " + text).toStdString());
+    throw DbError(text.toStdString());
 }
 
 void Database::Impl::openConnection(const QString &name, bool readOnly)
@@ -74,10 +86,11 @@ void Database::Impl::openConnection(const QString &name, bool readOnly)
     if (readOnly)
         db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
     if (!db.open())
-        fail(QStringLiteral("Cannot open the database"), db.lastError().text());
+        fail(QStringLiteral("Cannot open the database"), db.lastError().text(), sqliteCode(db.lastError()));
     handle = sqliteHandle(db);
     if (!handle)
         fail(QStringLiteral("No SQLite handle behind the connection"), {});
+    sqlite3_busy_timeout(handle, busyTimeoutMs);
     const QString err = installCaselessText(handle);
     if (!err.isEmpty())
         fail(QStringLiteral("Cannot install the caseless text comparison"), err);
@@ -105,7 +118,7 @@ QSqlQuery Database::Impl::run(const QString &sql, const QVariantList &params)
                 continue;
             }
         }
-        fail(QStringLiteral("SQL failed: %1").arg(err.text()), sql);
+        fail(QStringLiteral("SQL failed: %1").arg(err.text()), sql, sqliteCode(err));
     }
 }
 
@@ -153,12 +166,13 @@ std::unique_ptr<Database> Database::open(const QString &path, Mode mode)
     auto impl = std::make_unique<Impl>();
     impl->path = path;
     impl->mode = mode;
-    impl->format = detectDatabaseFormat(path);
+    QString refusal;
+    impl->format = detectDatabaseFormat(path, &refusal);
     switch (impl->format) {
     case DbFormat::Missing:
         impl->fail(QStringLiteral("Database file not found"), {});
     case DbFormat::Unknown:
-        impl->fail(QStringLiteral("Not a database file"), {});
+        impl->fail(QStringLiteral("Not a database file"), refusal);
     case DbFormat::Jet:
         if (mode == Mode::ReadWrite)
             impl->fail(QStringLiteral("A Jet (Access) database can only be opened for reading; "
@@ -183,11 +197,17 @@ std::unique_ptr<Database> Database::open(const QString &path, Mode mode)
         // Reading the schema proves that the file is a usable database, not just its header.
         QSqlQuery probe(impl->db);
         if (!probe.exec(QStringLiteral("SELECT count(*) FROM sqlite_schema")))
-            impl->fail(QStringLiteral("The database is damaged"), probe.lastError().text());
+            impl->fail(QStringLiteral("The database is damaged"), probe.lastError().text(),
+                       sqliteCode(probe.lastError()));
         break;
     }
     }
     return std::unique_ptr<Database>(new Database(std::move(impl)));
+}
+
+void Database::setBusyTimeout(int milliseconds)
+{
+    busyTimeoutMs = milliseconds;
 }
 
 std::unique_ptr<Database> Database::create(const QString &path)
@@ -237,7 +257,8 @@ Recordset Database::query(const QString &sql, const QVariantList &params)
         rows.push_back(std::move(row));
     }
     if (q.lastError().isValid())
-        d->fail(QStringLiteral("Reading the result failed: %1").arg(q.lastError().text()), sql);
+        d->fail(QStringLiteral("Reading the result failed: %1").arg(q.lastError().text()), sql,
+                sqliteCode(q.lastError()));
     return Recordset(std::move(fields), std::move(rows));
 }
 
@@ -256,18 +277,29 @@ QVariant Database::lastInsertId() const
 void Database::execScript(const QString &sql)
 {
     char *error = nullptr;
-    if (sqlite3_exec(d->handle, sql.toUtf8().constData(), nullptr, nullptr, &error) != SQLITE_OK) {
+    const int rc = sqlite3_exec(d->handle, sql.toUtf8().constData(), nullptr, nullptr, &error);
+    if (rc != SQLITE_OK) {
         const QString text = QString::fromUtf8(error ? error : "unknown error");
         sqlite3_free(error);
-        d->fail(QStringLiteral("SQL script failed: %1").arg(text), sql);
+        d->fail(QStringLiteral("SQL script failed: %1").arg(text), sql, rc);
     }
+}
+
+void Database::checkIntact()
+{
+    if (d->format != DbFormat::SQLite)
+        return;
+    const Recordset check = query(QStringLiteral("PRAGMA quick_check"));
+    if (check.recordCount() != 1 || check.value(0).toString() != QLatin1String("ok"))
+        d->fail(QStringLiteral("The database is damaged"), check.recordCount() ? check.value(0).toString() : QString());
 }
 
 // ---------------------------------------------------------------------------
 
 Database::Transaction::Transaction(Database &db) : m_db(db), m_level(db.d->transactionDepth + 1)
 {
-    m_db.d->run(m_level == 1 ? QStringLiteral("BEGIN") : QStringLiteral("SAVEPOINT helptext_%1").arg(m_level), {});
+    const QString begin = m_db.d->mode == Mode::ReadWrite ? QStringLiteral("BEGIN IMMEDIATE") : QStringLiteral("BEGIN");
+    m_db.d->run(m_level == 1 ? begin : QStringLiteral("SAVEPOINT helptext_%1").arg(m_level), {});
     m_db.d->transactionDepth = m_level;
 }
 

@@ -22,8 +22,18 @@ class DbError : public std::runtime_error
     using std::runtime_error::runtime_error;
 };
 
+// Another program held the database locked for longer than the busy timeout.
+class DbBusy : public DbError
+{
+  public:
+    using DbError::DbError;
+};
+
 enum class DbFormat { Missing, SQLite, Jet, Unknown };
-DbFormat detectDatabaseFormat(const QString &path); // by the file's header, never its extension
+// By the file's header, never its extension. Only a regular file of at most
+// kMaxDatabaseBytes can be a database: anything else is Unknown, with the reason in *why.
+DbFormat detectDatabaseFormat(const QString &path, QString *why = nullptr);
+constexpr qint64 kMaxDatabaseBytes = qint64(2) << 30; // 2 GiB, as far as a Jet file can grow
 
 // A fully read result: rows of values, navigated like a classic recordset.
 class Recordset
@@ -77,6 +87,8 @@ class Database
     static std::unique_ptr<Database> open(const QString &path, Mode mode = Mode::ReadWrite);
     // Creates a new, empty SQLite database file (fails when the file exists).
     static std::unique_ptr<Database> create(const QString &path);
+    // How long a statement waits for another program's lock before DbBusy (default 5 s).
+    static void setBusyTimeout(int milliseconds);
 
     QString path() const;
     DbFormat format() const;
@@ -87,6 +99,9 @@ class Database
     QVariant lastInsertId() const;
     // Several ";"-separated statements without parameters (schema scripts).
     void execScript(const QString &sql);
+    // Reads every page of an SQLite file once, as a damaged file can have an intact
+    // schema; throws DbError when it is damaged. A Jet file is checked as it is read.
+    void checkIntact();
 
     // Schema
     QStringList tables();
@@ -99,10 +114,13 @@ class Database
     void renameColumn(const QString &table, const QString &from, const QString &to);
     void dropColumn(const QString &table, const QString &column); // rebuilds the table when indexed
     // Gives `column` a new declared type (e.g. "TEXT COLLATE NOCASE") by rebuilding the
-    // table in one transaction; values, column order, keys and indexes are kept.
+    // table in one transaction; values, column order, keys and indexes are kept. A whole
+    // floating-point number given a text type is written without its fraction ("5").
     void changeColumnType(const QString &table, const QString &column, const QString &declaredType);
 
     // RAII transaction: rolls back unless commit() was called. Nests (inner ones are savepoints).
+    // On a writable file it takes the write lock at once, waiting for another writer as a
+    // single statement does (a read lock held first could only fail on the upgrade).
     class Transaction
     {
       public:

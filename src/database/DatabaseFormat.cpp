@@ -1,18 +1,20 @@
 #include "database/Database.h"
 
+#include "common/FileIo.h"
+
 #include <QFile>
 #include <QFileInfo>
 
 namespace ht
 {
 
-DbFormat detectDatabaseFormat(const QString &path)
+DbFormat detectDatabaseFormat(const QString &path, QString *why)
 {
     const QFileInfo info(path);
     if (!info.exists() || info.isDir())
         return DbFormat::Missing;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    QFile file;
+    if (!openRegularFile(file, path, kMaxDatabaseBytes, why))
         return DbFormat::Unknown;
     const QByteArray head = file.read(32);
     if (head.startsWith(QByteArrayLiteral("SQLite format 3\0")))

@@ -32,7 +32,8 @@ struct Database::Impl {
     void openConnection(const QString &name, bool readOnly);
     // Prepares, binds and executes; copies Jet tables in as the statement needs them.
     QSqlQuery run(const QString &sql, const QVariantList &params);
-    [[noreturn]] void fail(const QString &what, const QString &detail) const;
+    // Throws DbError, or DbBusy when SQLite's result code says that another connection holds a lock.
+    [[noreturn]] void fail(const QString &what, const QString &detail, int sqliteCode = 0) const;
 
     // Jet only: copies `table` (any case) into the memory database unless already there.
     // Returns false when the Jet file has no such table.

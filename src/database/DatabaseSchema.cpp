@@ -64,6 +64,7 @@ struct ColumnDef {
     QVariant defaultValue; // SQL text of the default, null when none
     int pk = 0;            // position in the primary key, 0 when not part of it
     bool autoIncrement = false;
+    QString value; // SQL of the value the rebuilt table takes over
 };
 
 } // namespace
@@ -89,7 +90,8 @@ static void rebuildTable(Database &db, sqlite3 *handle, const QString &table, co
     std::vector<ColumnDef> defs;
     bool found = false;
     for (const QVariantList &row : info.rows()) {
-        ColumnDef c{row[0].toString(), row[1].toString(), {}, row[2].toInt() != 0, row[3], row[4].toInt(), false};
+        ColumnDef c{row[0].toString(), row[1].toString(), {}, row[2].toInt() != 0, row[3], row[4].toInt(), false, {}};
+        c.value = quoteIdentifier(c.name);
         const char *type = nullptr, *collation = nullptr;
         int notNull = 0, primaryKey = 0, autoinc = 0;
         if (sqlite3_table_column_metadata(handle, "main", realTable.toUtf8().constData(), c.name.toUtf8().constData(),
@@ -103,6 +105,11 @@ static void rebuildTable(Database &db, sqlite3 *handle, const QString &table, co
                 continue;
             c.type = *newType;
             c.collation.clear(); // the new declaration says it all
+            // A whole number of a floating-point column becomes "5" as text, not SQLite's "5.0".
+            if (ColumnInfo{c.name, c.type.toUpper()}.isText())
+                c.value = QStringLiteral("CASE WHEN typeof(%1) = 'real' AND %1 = CAST(%1 AS INTEGER) "
+                                         "THEN CAST(CAST(%1 AS INTEGER) AS TEXT) ELSE %1 END")
+                              .arg(quoteIdentifier(c.name));
         }
         defs.push_back(c);
     }
@@ -112,7 +119,7 @@ static void rebuildTable(Database &db, sqlite3 *handle, const QString &table, co
     int pkCount = 0;
     for (const ColumnDef &c : defs)
         pkCount += c.pk > 0 ? 1 : 0;
-    QStringList columnSql, names, pkNames;
+    QStringList columnSql, names, values, pkNames;
     for (const ColumnDef &c : defs) {
         QString sql = quoteIdentifier(c.name) + QLatin1Char(' ') + c.type;
         if (!c.collation.isEmpty() && c.collation.compare(QLatin1String("BINARY"), Qt::CaseInsensitive) != 0)
@@ -125,6 +132,7 @@ static void rebuildTable(Database &db, sqlite3 *handle, const QString &table, co
             sql += QStringLiteral(" DEFAULT ") + c.defaultValue.toString();
         columnSql << sql;
         names << quoteIdentifier(c.name);
+        values << c.value;
         if (c.pk > 0)
             pkNames << quoteIdentifier(c.name); // pragma order is column order; good enough for a key
     }
@@ -155,8 +163,9 @@ static void rebuildTable(Database &db, sqlite3 *handle, const QString &table, co
     const QString temp = quoteIdentifier(realTable + QStringLiteral("_rebuild"));
     Database::Transaction transaction(db);
     db.exec(QStringLiteral("CREATE TABLE %1 (%2)").arg(temp, columnSql.join(QStringLiteral(", "))));
-    db.exec(QStringLiteral("INSERT INTO %1 (%2) SELECT %2 FROM %3")
-                .arg(temp, names.join(QStringLiteral(", ")), quoteIdentifier(realTable)));
+    db.exec(QStringLiteral("INSERT INTO %1 (%2) SELECT %3 FROM %4")
+                .arg(temp, names.join(QStringLiteral(", ")), values.join(QStringLiteral(", ")),
+                     quoteIdentifier(realTable)));
     db.exec(QStringLiteral("DROP TABLE %1").arg(quoteIdentifier(realTable)));
     db.exec(QStringLiteral("ALTER TABLE %1 RENAME TO %2").arg(temp, quoteIdentifier(realTable)));
     for (const QString &sql : recreate)

@@ -27,7 +27,7 @@ QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose = 
 // Converts the MachineType column of `table` in the active database to text, keeping every value.
 void CorrectFormatMachineName(Context &ctx, const QString &table);
 // Copies the active database (or `path`) to <base>_BACKUP.sav, or to
-// <base>_BACKUP<n>.sav when that exists; never overwrites a file.
+// <base>_BACKUP<n>.sav with the first free n when that exists; never overwrites a file.
 // Sets ctx.state.lastBackupPath.
 bool CreateDBBackup(Context &ctx);
 bool CreateDBBackup(Context &ctx, const QString &path);

@@ -14,9 +14,6 @@ namespace ht
 namespace
 {
 
-// Numbered names go this far; beyond it something is wrong with the directory.
-constexpr int kMaxBackupNumber = 9999;
-
 // The path without the extension of its file name ("x/Help.mdb" -> "x/Help").
 QString withoutExtension(const QString &path)
 {
@@ -37,31 +34,33 @@ bool CreateDBBackup(Context &ctx)
 
 bool CreateDBBackup(Context &ctx, const QString &path)
 {
-    QString backupPath;
+    QString backupPath, cause;
     try {
         const QString base = withoutExtension(path);
         backupPath = base + QStringLiteral("_BACKUP.sav");
-        // QFile::copy never replaces an existing file, so an earlier backup that
-        // appears between the test and the copy is not lost either: the next number is tried.
-        bool copied = false;
-        for (int n = 1; n <= kMaxBackupNumber; ++n) {
+        // The first free number, however many backups there are. QFile::copy never
+        // replaces a file, so a backup that appears between the test and the copy is
+        // not lost either: the next number is tried.
+        QFile source(path);
+        for (qint64 n = 1;; ++n) {
             if (!QFileInfo::exists(backupPath)) {
-                copied = QFile::copy(path, backupPath);
-                if (copied || !QFileInfo::exists(backupPath))
-                    break; // done, or the copy itself failed: reported below
+                if (source.copy(backupPath)) {
+                    ctx.state.lastBackupPath = backupPath;
+                    return true;
+                }
+                if (!QFileInfo::exists(backupPath))
+                    break; // the copy itself failed
             }
             backupPath = base + QStringLiteral("_BACKUP") + QString::number(n) + QStringLiteral(".sav");
         }
-        if (copied && QFileInfo::exists(backupPath)) {
-            ctx.state.lastBackupPath = backupPath;
-            return true;
-        }
+        cause = source.errorString();
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("CreateDBBackup"), e);
         return false;
     }
     const QString text = QStringLiteral("Could not create backup-database") + LFCR +
-                         QStringLiteral("Error on copying ") + LFCR + path + QStringLiteral(" to ") + LFCR + backupPath;
+                         QStringLiteral("Error on copying ") + LFCR + path + QStringLiteral(" to ") + LFCR +
+                         backupPath + LFCR + cause;
     if (ctx.state.runningOnMachinePC)
         LogError(ctx, text);
     else

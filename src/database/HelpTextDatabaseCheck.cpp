@@ -54,12 +54,7 @@ Probe probeTables(Database &db)
                             "FROM Language LIMIT 0"));
     db.query(QStringLiteral("SELECT Discription.DiscriptionID, Discription.Language, Discription.Text "
                             "FROM Discription LIMIT 0"));
-    if (db.format() == DbFormat::SQLite) {
-        // A damaged or truncated file can have an intact schema: read every page once.
-        const Recordset check = db.query(QStringLiteral("PRAGMA quick_check"));
-        if (check.recordCount() != 1 || check.value(0).toString() != QLatin1String("ok"))
-            throw DbError("The database is damaged: " + check.value(0).toString().toStdString());
-    }
+    db.checkIntact();
     return p;
 }
 
@@ -117,7 +112,7 @@ QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose)
 {
     const QString previous = ctx.state.helpTextDB;
     QString active = path;
-    bool converted = false;
+    bool converted = false, busy = false;
     try {
         ctx.state.helpTextDB = path;
         DbFormat format = detectDatabaseFormat(path);
@@ -154,16 +149,18 @@ QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose)
         if (!ctx.state.runningOnMachinePC)
             SaveIni(ctx, active, QStringLiteral("Setup"), QStringLiteral("StandardHelpTextDB"), ctx.state.iniPath);
         return active;
+    } catch (const DbBusy &) {
+        busy = true; // not the file's fault: it can be had once the other program is done
     } catch (const std::exception &) {
         // The cause is in the message's wording: wrong structure or write protection.
     }
     if (converted)
         QFile::remove(active); // made by this call: the disk is left as it was found
     ctx.state.helpTextDB = previous;
-    showMessage(ctx,
-                QStringLiteral("Error connecting Database ") + Q + path + Q +
-                    QStringLiteral("! Database either has wrong structure or is writeprotected."),
-                Buttons::OK, Icon::Critical, QStringLiteral("Connection failed!"));
+    const QString cause = busy ? QStringLiteral("! Database is in use by another program, try again when it is done.")
+                               : QStringLiteral("! Database either has wrong structure or is writeprotected.");
+    showMessage(ctx, QStringLiteral("Error connecting Database ") + Q + path + Q + cause, Buttons::OK, Icon::Critical,
+                QStringLiteral("Connection failed!"));
     return {};
 }
 

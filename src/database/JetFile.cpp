@@ -1,5 +1,6 @@
 #include "database/JetFile.h"
 
+#include "common/FileIo.h"
 #include "database/Database.h"
 
 #include <QDate>
@@ -43,9 +44,10 @@ std::atomic<int> idleTimeoutMs{15000};
 // Header checks libmdb does not make: a file that cannot be a Jet file never reaches it.
 void validateJetFile(const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        jetFail(path, QStringLiteral("Cannot read the Jet database"));
+    QFile file;
+    QString why;
+    if (!openRegularFile(file, path, kMaxDatabaseBytes, &why))
+        jetFail(path, QStringLiteral("Cannot read the Jet database: ") + why);
     const QByteArray head = file.read(0x20);
     const QByteArray engine = head.mid(4, 15);
     if (head.size() < 0x20 || (engine != "Standard Jet DB" && engine != "Standard ACE DB"))

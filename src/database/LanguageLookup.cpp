@@ -52,6 +52,7 @@ QString CheckLanguageLookup(Context &ctx, const QString &path)
             auto db = Database::open(path, Database::Mode::ReadOnly);
             db->query(QStringLiteral("SELECT LookupLanguages.Language, LookupLanguages.Name, LookupLanguages.Font, "
                                      "LookupLanguages.KBLayout FROM LookupLanguages LIMIT 0"));
+            db->checkIntact(); // garbled values must not reach the help-text database
             hasSubstBy = db->hasColumn(QStringLiteral("LookupLanguages"), QStringLiteral("SubstBy"));
         } catch (const DbError &) {
             return {}; // not a language-definition database: the caller says so

@@ -4,6 +4,7 @@
 #include "support/TestSupport.h"
 
 #include <QDir>
+#include <QFile>
 #include <stdexcept>
 
 using namespace ht;
@@ -24,13 +25,19 @@ TEST(LogError, AppendsExactlyTheTextAndCrLf)
 
 TEST(LogError, UnwritableLogIsReportedOnlyToAUser)
 {
+    // A log that cannot be opened, and one on a full disk that fails only when written out.
+    for (const bool fullDisk : {false, true}) {
+        TestContext tc;
+        ASSERT_TRUE(fullDisk ? QFile::link("/dev/full", tc.path("helptextError.log"))
+                             : QDir(tc.dir.path()).mkdir("helptextError.log"));
+        tc.ui.push(Answer::Yes);
+        EXPECT_NO_THROW(LogError(tc.ctx, "lost"));
+        ASSERT_EQ(tc.ui.shown.size(), 1u) << fullDisk;
+        EXPECT_TRUE(tc.ui.shown[0].text.startsWith("Unexpected error!\n\rNo: 75\n\rSource: LogError\n\r"));
+        EXPECT_EQ(tc.ui.shown[0].text.contains("No space left on device"), fullDisk);
+    }
     TestContext tc;
-    // The log's name is taken by a directory, so it cannot be opened at all.
     ASSERT_TRUE(QDir(tc.dir.path()).mkdir("helptextError.log"));
-    tc.ui.push(Answer::Yes);
-    EXPECT_NO_THROW(LogError(tc.ctx, "lost"));
-    ASSERT_EQ(tc.ui.shown.size(), 1u);
-    EXPECT_TRUE(tc.ui.shown[0].text.startsWith("Unexpected error!\n\rNo: 75\n\rSource: LogError\n\r"));
     tc.ui.push(Answer::No);
     EXPECT_THROW(LogError(tc.ctx, "lost"), ProgramEnded);
     // An unexpected error whose log line fails: one report for the log, then the error's own question.

@@ -7,8 +7,10 @@
 #include "support/TestSupport.h"
 
 #include <QDate>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
+#include <sys/stat.h>
 
 using namespace ht;
 using ht::test::readFileBytes;
@@ -205,6 +207,38 @@ TEST(IniFile, FailedWriteChangesNothingWriteKeepsPermissions)
     QFile::setPermissions(ini, perms);
     ASSERT_EQ(SaveIni(tc.ctx, 2, "S", "K", ini), 1);
     EXPECT_EQ(QFile::permissions(ini), perms);
+}
+
+TEST(IniFile, OnlyARegularFileOfBoundedSizeIsReadOrWritten)
+{
+    TestContext tc;
+    const QString fifo = tc.path("fifo.ini"), big = tc.path("big.ini");
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0); // a read would wait for a writer
+    const QByteArray bigBytes = "[S]\r\nK=1\r\n" + QByteArray(16 << 20, ';');
+    writeFileBytes(big, bigBytes);
+    for (const QString &ini : {fifo, big}) {
+        EXPECT_EQ(LoadIniString(tc.ctx, "S", "K", ini), QString()) << ini.toStdString();
+        EXPECT_EQ(SaveIni(tc.ctx, 2, "S", "K", ini), 0) << ini.toStdString();
+    }
+    EXPECT_EQ(readFileBytes(big), bigBytes);
+}
+
+// The parse of a file is kept between reads, so a change must always be seen: here
+// one that keeps the size, the inode and the modification time of the file.
+TEST(IniFile, EveryChangeIsReadAgain)
+{
+    TestContext tc;
+    const QString ini = tc.path("t.ini");
+    const QDateTime longAgo = QDateTime::currentDateTime().addSecs(-3600);
+    for (const char *value : {"1", "2"}) {
+        writeFileBytes(ini, QByteArray("[S]\r\nK=") + value + "\r\n");
+        QFile f(ini);
+        ASSERT_TRUE(f.open(QIODevice::ReadWrite) && f.setFileTime(longAgo, QFileDevice::FileModificationTime));
+        f.close();
+        EXPECT_EQ(LoadIniString(tc.ctx, "S", "K", ini), value);
+    }
+    ASSERT_EQ(SaveIni(tc.ctx, 3, "S", "K", ini), 1);
+    EXPECT_EQ(LoadIniString(tc.ctx, "S", "K", ini), "3");
 }
 
 TEST(IniFile, StandardPaths)

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -77,7 +78,7 @@ struct DatabaseFiles : ::testing::Test {
 
 TEST_F(DatabaseFiles, FormatComesFromTheHeaderNotTheName)
 {
-    const QByteArray sqlite = readFileBytes(good), jet = readFileBytes(sharedJet(QStringLiteral("test2V2000")));
+    const QByteArray sqlite = readFileBytes(good), jet = readFileBytes(jetTestFile(QStringLiteral("test2V2000")));
     const std::pair<QString, DbFormat> cases[] = {
         {good, DbFormat::SQLite},
         {writeIn(dir, QStringLiteral("sqlite.mdb"), sqlite), DbFormat::SQLite},
@@ -95,11 +96,14 @@ TEST_F(DatabaseFiles, FormatComesFromTheHeaderNotTheName)
 
 TEST_F(DatabaseFiles, BadFilesAreRefusedForReadingAndWriting)
 {
+    const QString fifo = dir.filePath(QStringLiteral("fifo.db")); // a read would wait for a writer
+    ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
     const QString refused[] = {
         dir.filePath(QStringLiteral("missing.db")),
         writeIn(dir, QStringLiteral("zero.db"), {}),
         writeIn(dir, QStringLiteral("text.db"), QByteArray("just some text, not a database\n").repeated(200)),
         writeIn(dir, QStringLiteral("header.db"), readFileBytes(good).left(100)),
+        fifo,
     };
     for (const QString &path : refused) // at open, not at the first query
         for (auto mode : {Database::Mode::ReadOnly, Database::Mode::ReadWrite})

@@ -8,6 +8,8 @@
 #include <QFile>
 #include <functional>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <thread>
 
 using namespace ht;
 using namespace ht::test;
@@ -102,8 +104,11 @@ TEST(CheckConnection, BringsAnOlderDatabaseUpToDateKeepingItsData)
             "UPDATE DBSys SET Data = '300' WHERE Item = 'MaxLenAlarm';"
             "UPDATE MaterialChangeDefinition SET MachineType = '5' WHERE MaterialChangeID <= 1000;"
             "UPDATE MaterialChangeDefinition SET MachineType = '17' WHERE MaterialChangeID BETWEEN 2001 AND 3000;"));
-        for (const char *table : {"AlarmDefinition", "MaterialChangeDefinition"})
-            d->changeColumnType(QLatin1String(table), QStringLiteral("MachineType"), QStringLiteral("INTEGER"));
+        // A Long Integer column, and a Double one as a copied Jet Single or Double column is.
+        d->changeColumnType(QStringLiteral("AlarmDefinition"), QStringLiteral("MachineType"),
+                            QStringLiteral("INTEGER"));
+        d->changeColumnType(QStringLiteral("MaterialChangeDefinition"), QStringLiteral("MachineType"),
+                            QStringLiteral("DOUBLE"));
         // What a conversion leaves when it stops after creating the new column.
         d->renameColumn(QStringLiteral("WarningDefinition"), QStringLiteral("MachineType"),
                         QStringLiteral("MachineType_Old"));
@@ -115,7 +120,7 @@ TEST(CheckConnection, BringsAnOlderDatabaseUpToDateKeepingItsData)
                                       "MaterialChangeDefinition ORDER BY 1");
     const QStringList mcBefore = dump(db, mc);
     const QString types = QStringLiteral("SELECT DISTINCT typeof(MachineType) FROM %1");
-    ASSERT_EQ(dump(db, types.arg(QStringLiteral("MaterialChangeDefinition"))), QStringList{QStringLiteral("integer")});
+    ASSERT_EQ(dump(db, types.arg(QStringLiteral("MaterialChangeDefinition"))), QStringList{QStringLiteral("real")});
 
     ASSERT_EQ(CheckConnection(t.ctx, db), db);
 
@@ -136,13 +141,43 @@ TEST(CheckConnection, BringsAnOlderDatabaseUpToDateKeepingItsData)
               QStringList{QStringLiteral("1280")});
 }
 
+// Another program writing the database holds its lock for a while: the check waits for
+// it, and when it does not let go in time, says that the database is in use.
+TEST(CheckConnection, WaitsForAnotherWriterAndOtherwiseSaysTheDatabaseIsInUse)
+{
+    for (const bool letGo : {true, false}) {
+        DbTestContext t;
+        const QString db = t.newHelpDb();
+        sqlite3 *other = nullptr;
+        ASSERT_EQ(sqlite3_open(QFile::encodeName(db).constData(), &other), SQLITE_OK);
+        sqlite3_busy_timeout(other, 5000);
+        ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE; UPDATE DBSys SET Data = Data", nullptr, nullptr, nullptr),
+                  SQLITE_OK);
+        std::thread writer([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            if (letGo)
+                sqlite3_exec(other, "COMMIT", nullptr, nullptr, nullptr);
+        });
+        Database::setBusyTimeout(letGo ? 5000 : 100);
+        const QString result = CheckConnection(t.ctx, db);
+        Database::setBusyTimeout(5000);
+        writer.join();
+        sqlite3_close(other);
+
+        EXPECT_EQ(result, letGo ? db : QString());
+        const QString inUse = QStringLiteral("Error connecting Database \"") + db +
+                              QStringLiteral("\"! Database is in use by another program, try again when it is done.");
+        EXPECT_EQ(t.ui.messageTexts(), letGo ? QStringList() : QStringList{inUse});
+    }
+}
+
 // A Jet file stands in for an Access help-text database: it cannot be written,
 // so editing goes to "<base>.sqlite" beside it.
 TEST(JetHelpText, AnEarlierConversionIsUsedAndNamed)
 {
     DbTestContext t;
     const QString jet = t.path(QStringLiteral("Machine.mdb")), sqlite = t.path(QStringLiteral("Machine.sqlite"));
-    ASSERT_TRUE(QFile::copy(sharedJet(QStringLiteral("testUnicodeCompV2003")), jet));
+    ASSERT_TRUE(QFile::copy(jetTestFile(QStringLiteral("testUnicodeCompV2003")), jet));
     makeHelpTextDb(sqlite);
     const QByteArray sqliteBytes = readFileBytes(sqlite);
 
@@ -167,7 +202,7 @@ TEST(JetHelpText, AFailedCheckLeavesEveryFileAsItWas)
     for (int i = 0; i < 3; ++i) {
         DbTestContext t;
         const QString jet = t.path(QStringLiteral("Machine.mdb"));
-        ASSERT_TRUE(QFile::copy(sharedJet(QStringLiteral("testUnicodeCompV2003")), jet));
+        ASSERT_TRUE(QFile::copy(jetTestFile(QStringLiteral("testUnicodeCompV2003")), jet));
         besides[i](t.path(QStringLiteral("Machine.sqlite")));
         QList<QByteArray> before;
         for (const QString &f : filesIn(t.dir.path()))
@@ -206,14 +241,22 @@ TEST(CreateDBBackup, NumbersFurtherBackupsKeepsTheFirstAndReportsAFailedCopy)
     EXPECT_EQ(readFileBytes(base + QStringLiteral(".sav")), first);
     EXPECT_EQ(readFileBytes(base + QStringLiteral("1.sav")), second);
     EXPECT_NE(first, second);
+    // The numbers do not run out.
+    for (int n = 3; n <= 9999; ++n)
+        writeFileBytes(base + QString::number(n) + QStringLiteral(".sav"), {});
+    ASSERT_TRUE(CreateDBBackup(t.ctx));
+    EXPECT_EQ(t.ctx.state.lastBackupPath, base + QStringLiteral("10000.sav"));
     EXPECT_TRUE(t.ui.shown.empty());
 
+    // A failed copy is named with its cause, here the missing database.
     t.ctx.state.helpTextDB = t.path(QStringLiteral("Gone.mdb"));
     EXPECT_FALSE(CreateDBBackup(t.ctx));
-    EXPECT_EQ(t.ui.messageTexts(),
-              QStringList{QStringLiteral("Could not create backup-database") + LFCR +
-                          QStringLiteral("Error on copying ") + LFCR + t.ctx.state.helpTextDB + QStringLiteral(" to ") +
-                          LFCR + t.path(QStringLiteral("Gone_BACKUP.sav"))});
+    const QString failed = QStringLiteral("Could not create backup-database") + LFCR +
+                           QStringLiteral("Error on copying ") + LFCR + t.ctx.state.helpTextDB +
+                           QStringLiteral(" to ") + LFCR + t.path(QStringLiteral("Gone_BACKUP.sav")) + LFCR;
+    ASSERT_EQ(t.ui.shown.size(), 1u);
+    EXPECT_TRUE(t.ui.shown[0].text.startsWith(failed)) << t.ui.shown[0].text.toStdString();
+    EXPECT_TRUE(t.ui.shown[0].text.mid(failed.size()).contains(QStringLiteral("Gone.mdb")));
 }
 
 TEST(GetMachineList, NamesRoundTripExactlyAndFreeRowsAreNoMachine)

@@ -3,6 +3,8 @@
 #include "common/IniFile.h"
 
 #include <QDir>
+#include <QFileInfo>
+#include <gtest/gtest.h>
 
 namespace ht::test
 {
@@ -12,9 +14,13 @@ QString schemaFile(const QString &name)
     return sourceDir() + QStringLiteral("/src/database/schema/") + name;
 }
 
-QString sharedJet(const QString &name)
+QString jetTestFile(const QString &name)
 {
-    return sharedTestData() + QStringLiteral("/jet/") + name + QStringLiteral(".mdb");
+    const QString path = sourceDir() + QStringLiteral("/tests/data/jet/") + name + QStringLiteral(".mdb");
+    // A missing file reads as empty: the test fails here, naming it, not later on odd data.
+    if (QFileInfo(path).size() == 0)
+        ADD_FAILURE() << "test file missing or empty: " << path.toStdString();
+    return path;
 }
 
 QString writeIn(const QTemporaryDir &dir, const QString &name, const QByteArray &bytes)

@@ -14,7 +14,7 @@ namespace ht::test
 {
 
 QString schemaFile(const QString &name); // src/database/schema/<name>
-QString sharedJet(const QString &name);  // a shared Access file "<name>.mdb"
+QString jetTestFile(const QString &name); // tests/data/jet/<name>.mdb, made by Access itself
 QString writeIn(const QTemporaryDir &dir, const QString &name, const QByteArray &bytes); // the new file's path
 QStringList filesIn(const QString &dir);
 QString columnType(Database &db, const QString &table, const QString &column);

@@ -81,7 +81,7 @@ TEST(GetDBSysMaxLenItems, FailuresAreReportedAndAJetFileOnlyRead)
     EXPECT_FALSE(GetDBSysMaxLenItems(t.ctx, t.path(QStringLiteral("missing.mdb"))));
 
     const QString jet = t.path(QStringLiteral("Old.mdb"));
-    ASSERT_TRUE(QFile::copy(sharedJet(QStringLiteral("test2V2000")), jet));
+    ASSERT_TRUE(QFile::copy(jetTestFile(QStringLiteral("test2V2000")), jet));
     const QByteArray before = readFileBytes(jet);
     EXPECT_TRUE(GetDBSysMaxLenItems(t.ctx, jet));
     EXPECT_EQ(t.ctx.state.maxItems, (Counts{0, 256, 256, 1000}));

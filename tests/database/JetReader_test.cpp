@@ -54,7 +54,7 @@ TEST_P(JetReaderFile, EveryTableRowAndValueMatchesTheIndependentReader)
             .value(QStringLiteral("tables"))
             .toObject();
     ASSERT_FALSE(tables.isEmpty());
-    auto db = Database::open(sharedJet(name), Database::Mode::ReadOnly);
+    auto db = Database::open(jetTestFile(name), Database::Mode::ReadOnly);
     EXPECT_EQ(db->format(), DbFormat::Jet);
     QStringList ours = db->tables();
     ours.sort();
@@ -78,7 +78,7 @@ TEST_P(JetReaderFile, EveryTableRowAndValueMatchesTheIndependentReader)
 
 TEST_P(JetReaderFile, ConvertedSqliteFileHoldsTheSameData)
 {
-    const QString jetPath = sharedJet(QString::fromLatin1(GetParam()));
+    const QString jetPath = jetTestFile(QString::fromLatin1(GetParam()));
     QTemporaryDir dir;
     const QString target = dir.filePath(QStringLiteral("converted.sqlite"));
     convertJetToSqlite(jetPath, target);
@@ -95,11 +95,11 @@ TEST_P(JetReaderFile, ConvertedSqliteFileHoldsTheSameData)
     EXPECT_EQ(filesIn(dir.path()), QStringList{QStringLiteral("converted.sqlite")});
 }
 
-INSTANTIATE_TEST_SUITE_P(SharedFiles, JetReaderFile, ::testing::Values("test2V2000", "testUnicodeCompV2003"));
+INSTANTIATE_TEST_SUITE_P(AccessFiles, JetReaderFile, ::testing::Values("test2V2000", "testUnicodeCompV2003"));
 
 TEST(JetReader, TextComparesCaselessAndTheFileIsOnlyRead)
 {
-    const QString path = sharedJet(QStringLiteral("testUnicodeCompV2003"));
+    const QString path = jetTestFile(QStringLiteral("testUnicodeCompV2003"));
     EXPECT_THROW(Database::open(path, Database::Mode::ReadWrite), DbError);
     auto db = Database::open(path, Database::Mode::ReadOnly);
     const std::pair<const char *, int> cases[] = {

@@ -3,6 +3,7 @@
 #include "database/HelpTextFixture.h"
 #include "database/LanguageLookup.h"
 
+#include <QtEndian>
 #include <gtest/gtest.h>
 
 using namespace ht;
@@ -88,7 +89,15 @@ TEST_F(LookupTest, AFileThatIsNoLanguageDatabaseLeavesTheActiveOne)
     const QString good = t.ctx.state.langLookupDB;
     t.ctx.state.langLookupHasSubstBy = true;
     const QString helpText = t.newHelpDb(false), junk = writeIn(t.dir, QStringLiteral("junk.mdb"), "junk");
-    for (const QString &bad : {helpText, junk, t.path(QStringLiteral("missing.mdb"))}) {
+    // Every value reads, but the file fails SQLite's check: it has a page nothing uses.
+    const QString damaged = t.path(QStringLiteral("damaged.mdb"));
+    makeLookupDb(damaged, kLanguages);
+    QByteArray bytes = readFileBytes(damaged);
+    const quint16 pageSize = qFromBigEndian<quint16>(bytes.constData() + 16);
+    bytes.append(QByteArray(pageSize, '\0'));
+    qToBigEndian<quint32>(quint32(bytes.size() / pageSize), bytes.data() + 28); // the page count
+    writeFileBytes(damaged, bytes);
+    for (const QString &bad : {helpText, junk, damaged, t.path(QStringLiteral("missing.mdb"))}) {
         EXPECT_EQ(CheckLanguageLookup(t.ctx, bad), QString()) << qPrintable(bad);
         EXPECT_EQ(t.ctx.state.langLookupDB, good);
         EXPECT_TRUE(t.ctx.state.langLookupHasSubstBy);

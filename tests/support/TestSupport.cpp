@@ -33,7 +33,6 @@ void writeFileBytes(const QString &path, const QByteArray &bytes)
 }
 
 QString sourceDir() { return QStringLiteral(HELPTEXT_SOURCE_DIR); }
-QString sharedTestData() { return QStringLiteral(HELPTEXT_SHARED_TESTDATA); }
 QString binDir() { return QStringLiteral(HELPTEXT_BIN_DIR); }
 
 } // namespace ht::test

@@ -24,7 +24,6 @@ struct TestContext {
 QByteArray readFileBytes(const QString &path);
 void writeFileBytes(const QString &path, const QByteArray &bytes);
 QString sourceDir();                     // repository root
-QString sharedTestData();                // ../shared/testdata
 QString binDir();                        // build/bin
 
 } // namespace ht::test
