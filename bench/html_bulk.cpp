@@ -1,7 +1,8 @@
 // Bulk page generation against a plain program that writes the same bytes to
-// the same paths. Usage: bench_html_bulk [scale [rounds]]   (scale 0 < s <= 1,
-// default 1: five machines x (256 alarms + 256 warnings + 1000 material changes)
-// x ten languages; rounds per measurement, default 2).
+// the same paths. Usage: bench_html_bulk [scale [rounds [writer]]]   (scale
+// 0 < s <= 1, default 1: five machines x (256 alarms + 256 warnings + 1000
+// material changes) x ten languages; rounds per measurement, default 2;
+// "writer": one run of the writer alone). The pages go below $TMPDIR (/tmp).
 
 #include "common/Context.h"
 #include "common/ErrorLog.h"
@@ -19,6 +20,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <sys/resource.h>
 #include <sys/vfs.h>
 #include <thread>
@@ -314,6 +316,19 @@ int main(int argc, char **argv)
         for (const QString &machine : QDir(help).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
             QDir().rename(help + machine, trash + machine);
     };
+    // "writer" as the third argument: one fresh run of the writer and nothing
+    // else, for a profiler.
+    if (argc > 3 && qstrcmp(argv[3], "writer") == 0) {
+        Timing t;
+        timespec from{}, to{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &from);
+        measure(t, [&] { runWriter(ctx); });
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &to);
+        const double own = double(to.tv_sec - from.tv_sec) + double(to.tv_nsec - from.tv_nsec) / 1e9;
+        std::printf("writer alone: %.2f s, cpu %.2f s (of which the calling thread %.2f s), user %.2f s\n", t.wall,
+                    t.cpu, own, t.user);
+        return 0;
+    }
     Pages pages;
     Timing writerFresh, plainFresh, writerExisting, plainExisting;
     for (int r = 0; r < rounds; ++r) {

@@ -185,6 +185,52 @@ bool replaceAt(int dirFd, const QByteArray &folder, const QByteArray &name, cons
     return ok;
 }
 
+// A file that does not exist yet is written unnamed and linked in under its
+// name once complete: one change to the folder instead of a temporary name
+// and a rename, and nothing is left behind if the program dies meanwhile.
+// False when that cannot be done here (no unnamed files on this file system,
+// the name taken meanwhile): the caller then goes through a temporary name.
+// A failed write is final: `failed` is set, with the reason in `error`.
+bool createUnnamedThenLink(int dirFd, const QByteArray &name, const char *data, qint64 size, bool &failed,
+                           QString *error)
+{
+#ifdef O_TMPFILE
+    const int fd = ::openat(dirFd, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
+    if (fd < 0)
+        return false;
+    if (!writeAll(fd, data, size)) {
+        failed = true;
+        setError(error, systemError(errno));
+        ::close(fd);
+        return false;
+    }
+    // Linked by its descriptor where the program may (it needs the right to
+    // look up any file); else through its /proc entry, which works for any user.
+    static std::atomic<bool> byDescriptor{true};
+    bool linked = false;
+    if (byDescriptor) {
+        linked = ::linkat(fd, "", dirFd, name.constData(), AT_EMPTY_PATH) == 0;
+        if (!linked && (errno == ENOENT || errno == EPERM))
+            byDescriptor = false;
+    }
+    if (!linked && !byDescriptor) {
+        const QByteArray self = "/proc/self/fd/" + QByteArray::number(fd);
+        linked = ::linkat(AT_FDCWD, self.constData(), dirFd, name.constData(), AT_SYMLINK_FOLLOW) == 0;
+    }
+    if (::close(fd) != 0 && linked) {
+        // A full disk may show only now: such a page must not stay.
+        failed = true;
+        setError(error, systemError(errno));
+        ::unlinkat(dirFd, name.constData(), 0);
+        return false;
+    }
+    return linked;
+#else
+    (void)dirFd, (void)name, (void)data, (void)size, (void)failed, (void)error;
+    return false;
+#endif
+}
+
 #endif
 
 } // namespace
@@ -223,12 +269,17 @@ FileRead OpenFolder::read(const QString &name, qint64 maxBytes, bool followLinks
 #endif
 }
 
-bool OpenFolder::replace(const QString &name, const char *data, qint64 size, QString *error) const
+bool OpenFolder::replace(const QString &name, const char *data, qint64 size, QString *error, bool likelyNew) const
 {
 #ifdef Q_OS_WIN
+    (void)likelyNew;
     return replacePath(joined(m_path, name), data, size, error);
 #else
-    return replaceAt(m_fd, QByteArray(), QFile::encodeName(name), data, size, error);
+    const QByteArray encoded = QFile::encodeName(name);
+    bool failed = false;
+    if (likelyNew && createUnnamedThenLink(m_fd, encoded, data, size, failed, error))
+        return true;
+    return !failed && replaceAt(m_fd, QByteArray(), encoded, data, size, error);
 #endif
 }
 

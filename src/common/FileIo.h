@@ -41,7 +41,10 @@ class OpenFolder
     // over `name`. A symbolic link there is replaced, never followed. On
     // failure the temporary file is removed, whatever stood there stays, and
     // `error` holds the system's reason (for example "No space left on device").
-    bool replace(const QString &name, const char *data, qint64 size, QString *error = nullptr) const;
+    // `likelyNew`: nothing was there a moment ago; the file is then made
+    // without a temporary name where the system allows it.
+    bool replace(const QString &name, const char *data, qint64 size, QString *error = nullptr,
+                 bool likelyNew = false) const;
     bool remove(const QString &name) const;
 
   private:

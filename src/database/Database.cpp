@@ -243,23 +243,40 @@ DbFormat Database::format() const
 
 Recordset Database::query(const QString &sql, const QVariantList &params)
 {
-    QSqlQuery q = d->run(sql, params);
-    const QSqlRecord record = q.record();
     QStringList fields;
-    for (int i = 0; i < record.count(); ++i)
-        fields << record.fieldName(i);
     std::vector<QVariantList> rows;
+    forEachRow(
+        sql, params,
+        [&](QVariantList &row) {
+            rows.push_back(std::move(row));
+            return true;
+        },
+        &fields);
+    return Recordset(std::move(fields), std::move(rows));
+}
+
+bool Database::forEachRow(const QString &sql, const QVariantList &params,
+                          const std::function<bool(QVariantList &row)> &handle, QStringList *fieldNames)
+{
+    QSqlQuery q = d->run(sql, params);
+    const int columns = q.record().count();
+    if (fieldNames) {
+        const QSqlRecord record = q.record();
+        for (int i = 0; i < columns; ++i)
+            fieldNames->append(record.fieldName(i));
+    }
     while (q.next()) {
         QVariantList row;
-        row.reserve(fields.size());
-        for (int i = 0; i < fields.size(); ++i)
+        row.reserve(columns);
+        for (int i = 0; i < columns; ++i)
             row << q.value(i);
-        rows.push_back(std::move(row));
+        if (!handle(row))
+            return false;
     }
     if (q.lastError().isValid())
         d->fail(QStringLiteral("Reading the result failed: %1").arg(q.lastError().text()), sql,
                 sqliteCode(q.lastError()));
-    return Recordset(std::move(fields), std::move(rows));
+    return true;
 }
 
 int Database::exec(const QString &sql, const QVariantList &params)

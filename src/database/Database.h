@@ -9,6 +9,7 @@
 #include <QStringList>
 #include <QVariant>
 #include <QVariantList>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <vector>
@@ -95,6 +96,11 @@ class Database
 
     // Values are bound positionally to "?" placeholders. A failing statement throws DbError.
     Recordset query(const QString &sql, const QVariantList &params = {});
+    // The rows one at a time as the database gives them, so that work on a
+    // row can start before the last one is read. `handle` returns false to
+    // stop; so does forEachRow then.
+    bool forEachRow(const QString &sql, const QVariantList &params,
+                    const std::function<bool(QVariantList &row)> &handle, QStringList *fieldNames = nullptr);
     int exec(const QString &sql, const QVariantList &params = {}); // rows affected
     QVariant lastInsertId() const;
     // Several ";"-separated statements without parameters (schema scripts).

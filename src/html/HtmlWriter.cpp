@@ -22,6 +22,7 @@
 #include <QSet>
 #include <chrono>
 #include <cmath>
+#include <deque>
 #include <vector>
 
 namespace ht
@@ -114,14 +115,13 @@ class HtmlRun
     Folder ensurePageDirectory(const QString &machine, const QString &kindWord, const QString &language);
     bool isUsableName(const QString &what, const QString &name);
     void skipFolder(const QString &path, const QString &why);
-    std::vector<QStringList> loadRows(Database &db, const HtmlKind &kind, const QString &machine,
-                                      const QString &language, long itemNumber);
     std::shared_ptr<const PreparedTemplate> preparedTemplate(const HtmlKind &kind, const QStringList &templateLines,
                                                              const QString &languageNumber);
     const QStringList &fontSpecOf(const QStringList &row);
     // False when the whole run must stop.
     bool writeKind(Database &db, const HtmlKind &kind, const QString &machine, const QString &language,
                    long itemNumber);
+    bool writeRow(const HtmlKind &kind, const QStringList &templateLines, const QStringList &row);
     void post(PageJob job);
     void finishWrites();
     void stop();
@@ -140,6 +140,7 @@ class HtmlRun
     IndexTextCache indexTexts;
     QHash<QString, std::shared_ptr<const PreparedTemplate>> templates; // per language, for the current kind
     std::unique_ptr<PageWorkers> workers;
+    std::deque<QStringList> rows; // the rows of the run
 };
 
 bool HtmlRun::indexTextDatabaseLost()
@@ -252,26 +253,6 @@ bool HtmlRun::createDirectoryTree(Database &db)
     return true;
 }
 
-std::vector<QStringList> HtmlRun::loadRows(Database &db, const HtmlKind &kind, const QString &machine,
-                                           const QString &language, long itemNumber)
-{
-    const RecordQuery q = recordQuery(kind.kind, machine, language, itemNumber);
-    const Recordset rs = db.query(q.sql, q.params);
-    const int columns = kind.multiValueFields ? AlarmColumnCount : PlainColumnCount;
-    std::vector<QStringList> rows;
-    rows.reserve(rs.recordCount());
-    for (const QVariantList &r : rs.rows()) {
-        QStringList row;
-        row.reserve(columns);
-        for (int c = 0; c < columns; ++c)
-            row.append(c < r.size() ? fieldText(r.at(c)) : QString());
-        rows.push_back(std::move(row));
-        if (ctx.processEvents)
-            ctx.processEvents();
-    }
-    return rows;
-}
-
 std::shared_ptr<const PreparedTemplate>
 HtmlRun::preparedTemplate(const HtmlKind &kind, const QStringList &templateLines, const QString &languageNumber)
 {
@@ -336,64 +317,86 @@ bool HtmlRun::writeKind(Database &db, const HtmlKind &kind, const QString &machi
     }
 
     StatusTickNewText(ctx, form, QStringLiteral("Reading database..."));
-    const std::vector<QStringList> rows = loadRows(db, kind, machine, language, itemNumber);
-
     templates.clear(); // the template with the index texts of each language in place
-    const QChar sep = pathSeparator();
-    const QString tickPrefix = QStringLiteral("Generating Help-HTML  -  ") + kind.word + QStringLiteral(" (");
-    for (const QStringList &row : rows) {
-        const QString &rowMachine = row[ColMachine];
-        const QString &rowNumber = row[ColNumber];
-        const QString &rowLanguage = row[ColName];
-        StatusTickNewText(ctx, form,
-                          tickPrefix + rowMachine + QLatin1Char('/') + rowNumber + QStringLiteral(") ") + suffix);
-        const QString pageName = rowNumber + QStringLiteral(".html");
-        if (!isUsableName(QStringLiteral("machine"), rowMachine) ||
-            !isUsableName(QStringLiteral("language"), rowLanguage) || !isUsableName(QStringLiteral("item"), pageName))
-            continue;
-        PageJob job;
-        job.folder = mainDir + rowMachine + sep + kind.word + sep + rowLanguage;
-        // Rows of a machine or language that the tree does not know yet get their folders now.
-        auto folder = folders.find(job.folder);
-        if (folder == folders.end() || folder->state != Folder::Ready) {
-            const Folder f = ensurePageDirectory(rowMachine, kind.word, rowLanguage);
-            if (f == Folder::Failed)
-                return false;
-            if (f == Folder::Skipped)
-                continue;
-            folder = folders.find(job.folder);
-        }
-        job.folder = folder.key(); // shared with the table: the job allocates nothing
-        job.kind = &kind;
-        job.row = row;
-        // A folder this run made holds only the pages it posted: no need to
-        // look for others. A page is posted twice only by rows that are alike
-        // but for their language, which the query gives one after the other.
-        job.mayExist = !folder->createdByRun || folder->lastPosted == rowNumber;
-        folder->lastPosted = rowNumber;
+    // Each row goes to the workers as soon as it is read, so that they are
+    // busy while the rest is read.
+    const RecordQuery q = recordQuery(kind.kind, machine, language, itemNumber);
+    const int columns = kind.multiValueFields ? AlarmColumnCount : PlainColumnCount;
+    bool carryOn = true;
+    db.forEachRow(q.sql, q.params, [&](const QVariantList &record) {
+        QStringList row;
+        row.reserve(columns);
+        for (int c = 0; c < columns; ++c)
+            row.append(c < record.size() ? fieldText(record.at(c)) : QString());
+        // Kept until the pages are written, so that the thread that made the
+        // texts is the one that frees them.
+        rows.push_back(std::move(row));
+        carryOn = writeRow(kind, templateLines, rows.back());
+        return carryOn;
+    });
+    return carryOn;
+}
 
-        const bool allEmpty = kind.multiValueFields
-                                  ? row[ColDevice].isEmpty() && row[ColResult].isEmpty() && row[ColText].isEmpty()
-                                  : row[ColText].isEmpty();
-        if (allEmpty) {
-            job.removeOnly = true;
-            if (job.mayExist)
-                post(std::move(job));
-            continue;
-        }
-        if (ctx.state.abortHtml)
-            return false;
+// False when the whole run must stop.
+bool HtmlRun::writeRow(const HtmlKind &kind, const QStringList &templateLines, const QStringList &row)
+{
+    const QChar sep = pathSeparator();
+    const QString &rowMachine = row[ColMachine];
+    const QString &rowNumber = row[ColNumber];
+    const QString &rowLanguage = row[ColName];
+    StatusTickNewText(ctx, form,
+                      QStringLiteral("Generating Help-HTML  -  ") + kind.word + QStringLiteral(" (") + rowMachine +
+                          QLatin1Char('/') + rowNumber + QStringLiteral(") ") + suffix);
+    if (!isUsableName(QStringLiteral("machine"), rowMachine) ||
+        !isUsableName(QStringLiteral("language"), rowLanguage) ||
+        !isUsableName(QStringLiteral("item"), rowNumber + QStringLiteral(".html")))
+        return true;
+    PageJob job;
+    job.folder = mainDir + rowMachine + sep + kind.word + sep + rowLanguage;
+    // Rows of a machine or language that the tree does not know yet get their folders now.
+    auto folder = folders.find(job.folder);
+    if (folder == folders.end() || folder->state != Folder::Ready) {
+        const Folder f = ensurePageDirectory(rowMachine, kind.word, rowLanguage);
+        if (f != Folder::Ready)
+            return f == Folder::Skipped; // a folder that cannot be had for its name only costs its pages
+        folder = folders.find(job.folder);
+    }
+    job.folder = folder.key(); // shared with the table: the job allocates nothing
+    job.kind = &kind;
+    job.row = row;
+    // A folder this run made holds only the pages it posted: no need to look
+    // for others. Rows of one page follow one another in the query's order
+    // (machine, number), so a page posted before is the one last posted into
+    // its folder.
+    const bool again = folder->lastPosted == rowNumber;
+    job.mayExist = !folder->createdByRun || again;
+    folder->lastPosted = rowNumber;
+    if (again)
+        workers->drain(ctx.processEvents); // the page's earlier job must be done first
+
+    const bool allEmpty = kind.multiValueFields
+                              ? row[ColDevice].isEmpty() && row[ColResult].isEmpty() && row[ColText].isEmpty()
+                              : row[ColText].isEmpty();
+    if (allEmpty) {
+        job.removeOnly = true;
+        if (job.mayExist)
+            post(std::move(job));
         if (ctx.processEvents)
             ctx.processEvents();
-
-        job.fontSpec = fontSpecOf(row);
-        job.fontSize = fontSize;
-        job.lineWidth = lineWidth;
-        job.pageTemplate = preparedTemplate(kind, templateLines, row[ColLanguage]);
-        if (!job.pageTemplate)
-            return indexTextDatabaseLost();
-        post(std::move(job));
+        return true;
     }
+    if (ctx.state.abortHtml)
+        return false;
+    if (ctx.processEvents)
+        ctx.processEvents();
+
+    job.fontSpec = fontSpecOf(row);
+    job.fontSize = fontSize;
+    job.lineWidth = lineWidth;
+    job.pageTemplate = preparedTemplate(kind, templateLines, row[ColLanguage]);
+    if (!job.pageTemplate)
+        return indexTextDatabaseLost();
+    post(std::move(job));
     return true;
 }
 

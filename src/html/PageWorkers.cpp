@@ -16,8 +16,8 @@ namespace ht
 
 namespace
 {
-constexpr std::size_t kJobsPerLane = 32;
-// A lane meets the folders of one kind's languages in turn: more than that are seldom open at once.
+constexpr std::size_t kQueuedJobs = 64;
+// A worker meets the folders of one kind's languages in turn: more than that are seldom open at once.
 constexpr qsizetype kOpenFolders = 64;
 
 QString nameOf(const PageJob &job)
@@ -66,9 +66,9 @@ PageWorkers::PageWorkers(const Context &ctx, int threads)
         w->ctx.endProgram = [](int) {};
         m_workers.push_back(std::move(w));
     }
-    m_lanes = std::make_unique<WorkLanes<PageJob>>(threads, kJobsPerLane, [this](int lane, PageJob &job) {
+    m_queue = std::make_unique<WorkQueue<PageJob>>(threads, kQueuedJobs, [this](int worker, PageJob &job) {
         try {
-            run(*m_workers[std::size_t(lane)], job);
+            run(*m_workers[std::size_t(worker)], job);
         } catch (const ProgramEnded &) {
             fail(QString(), true);
         } catch (const std::exception &e) {
@@ -81,18 +81,17 @@ PageWorkers::PageWorkers(const Context &ctx, int threads)
 
 PageWorkers::~PageWorkers()
 {
-    m_lanes.reset();
+    m_queue.reset();
 }
 
 void PageWorkers::post(PageJob job, const std::function<void()> &whileWaiting)
 {
-    const std::size_t key = qHash(job.folder);
-    m_lanes->post(key, std::move(job), whileWaiting);
+    m_queue->post(std::move(job), whileWaiting);
 }
 
 void PageWorkers::drain(const std::function<void()> &whileWaiting)
 {
-    m_lanes->drain(whileWaiting);
+    m_queue->drain(whileWaiting);
 }
 
 QString PageWorkers::failure() const
@@ -163,7 +162,7 @@ void PageWorkers::run(Worker &worker, const PageJob &job)
     if (generatedPage && bytes == QByteArrayView(oldBytes))
         return;
     QString error;
-    if (!folder->replace(name, bytes.data(), bytes.size(), &error))
+    if (!folder->replace(name, bytes.data(), bytes.size(), &error, noPage))
         fail(QStringLiteral("Cannot write ") + pathOf(job) + QStringLiteral(": ") + error, false);
 }
 

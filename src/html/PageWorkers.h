@@ -6,7 +6,7 @@
 
 #include "common/Context.h"
 #include "common/FileIo.h"
-#include "common/WorkLanes.h"
+#include "common/WorkQueue.h"
 #include "html/HtmlKinds.h"
 #include "html/TextWidthBreaker.h"
 
@@ -43,7 +43,8 @@ class PageWorkers
     PageWorkers(const Context &ctx, int threads);
     ~PageWorkers();
 
-    // Jobs for one folder run in the order posted, on one thread.
+    // Jobs run side by side in any order: a job for a page posted before must
+    // wait for a drain().
     void post(PageJob job, const std::function<void()> &whileWaiting);
     void drain(const std::function<void()> &whileWaiting);
 
@@ -67,7 +68,7 @@ class PageWorkers
     mutable std::mutex m_mutex;
     QString m_failure;
     bool m_programEnded = false;
-    std::unique_ptr<WorkLanes<PageJob>> m_lanes; // last: its threads end before the workers go
+    std::unique_ptr<WorkQueue<PageJob>> m_queue; // last: its threads end before the workers go
 };
 
 } // namespace ht
