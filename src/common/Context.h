@@ -11,6 +11,7 @@ namespace ht {
 
 class UserInterface;
 class StatusTarget;
+class FormHost;
 
 // Thrown by EndProgram when the program must stop. Deliberately not a
 // std::exception, so procedure boundaries that catch std::exception let it pass.
@@ -23,6 +24,7 @@ struct Context {
     QString programDir;  // directory of the running executable, no trailing separator
     QString programName; // file name of the executable without extension
     UserInterface *ui = nullptr;
+    FormHost *forms = nullptr; // the main forms, where the program has windows
     // Called by EndProgram; the default throws ProgramEnded, which main() turns into an exit.
     std::function<void(int)> endProgram;
     // Lets pending window events run during long loops (no-op without a GUI).

@@ -1,5 +1,6 @@
 #include "startup/forms/MainForms.h"
 
+#include "common/Context.h"
 #include "startup/StartupDialog.h"
 #include "startup/forms/PlaceholderMainForm.h"
 #include "startup/forms/StartupDialogForm.h"
@@ -9,18 +10,49 @@
 namespace ht
 {
 
+QWidget *QtFormHost::create(FormId form)
+{
+    // Each main form is added here as it is built; until then a stand-in says so.
+    switch (form) {
+    case FormId::Edit:
+        return new PlaceholderMainForm(m_ctx, m_session, QStringLiteral("editor form (frmEdit)"));
+    case FormId::Import:
+        return new PlaceholderMainForm(m_ctx, m_session, QStringLiteral("importer form (frmImport)"));
+    case FormId::Languages:
+        return new PlaceholderMainForm(m_ctx, m_session, QStringLiteral("language form (frmLanguages)"));
+    }
+    return nullptr;
+}
+
+QWidget *QtFormHost::form(FormId form) const
+{
+    return m_forms[int(form)];
+}
+
+void QtFormHost::showForm(FormId form)
+{
+    QPointer<QWidget> &f = m_forms[int(form)];
+    if (!f)
+        f = create(form);
+    f->show();
+    f->raise();
+    f->activateWindow();
+}
+
+void QtFormHost::unloadForm(FormId form)
+{
+    if (QWidget *f = m_forms[int(form)]) {
+        f->hide();
+        f->close();
+        f->deleteLater();
+    }
+}
+
 void ShowMainForm(Context &ctx, StartupSession &session, const QString &mode)
 {
-    // One main form per program run, as the classic forms were single instances.
-    static QPointer<QWidget> mainForm;
-    if (!mainForm) {
-        // frmEdit and frmImport are not part of this version yet; the
-        // placeholder says so and offers the Info box.
-        mainForm = new PlaceholderMainForm(ctx, session, mode);
-    }
-    mainForm->show();
-    mainForm->raise();
-    mainForm->activateWindow();
+    (void)session;
+    if (ctx.forms)
+        ctx.forms->showForm(mode == QLatin1String("IMPORT") ? FormId::Import : FormId::Edit);
 }
 
 void ShowInfoBox(Context &ctx, StartupSession &session, QWidget *caller)

@@ -11,14 +11,12 @@
 namespace ht
 {
 
-PlaceholderMainForm::PlaceholderMainForm(Context &ctx, StartupSession &session, const QString &mode)
+PlaceholderMainForm::PlaceholderMainForm(Context &ctx, StartupSession &session, const QString &formName)
     : m_ctx(ctx), m_session(session)
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    const bool edit = mode == QLatin1String("EDIT");
-    const QString formName =
-        edit ? QStringLiteral("editor form (frmEdit)") : QStringLiteral("importer form (frmImport)");
-    setWindowTitle(edit ? QStringLiteral("Helptext Editor") : QStringLiteral("Helptext Importer"));
+    setWindowTitle(ctx.state.mode == QLatin1String("IMPORT") ? QStringLiteral("Helptext Importer")
+                                                             : QStringLiteral("Helptext Editor"));
 
     auto *text = new QLabel(this);
     text->setWordWrap(true);
@@ -42,7 +40,8 @@ PlaceholderMainForm::PlaceholderMainForm(Context &ctx, StartupSession &session, 
 void PlaceholderMainForm::closeEvent(QCloseEvent *e)
 {
     e->accept();
-    QCoreApplication::exit(0);
+    if (!m_ctx.state.switchingForm)
+        QCoreApplication::exit(0);
 }
 
 } // namespace ht

@@ -1,6 +1,6 @@
 #pragma once
-// Stands in for frmEdit / frmImport until those forms are built: names the form
-// that is coming and offers the Info box and Exit, nothing else.
+// Stands in for a main form until it is built: names the form that is coming
+// and offers the Info box and Exit, nothing else.
 
 #include <QMainWindow>
 
@@ -14,7 +14,7 @@ class PlaceholderMainForm : public QMainWindow
 {
     Q_OBJECT
   public:
-    PlaceholderMainForm(Context &ctx, StartupSession &session, const QString &mode);
+    PlaceholderMainForm(Context &ctx, StartupSession &session, const QString &formName);
 
   protected:
     void closeEvent(QCloseEvent *e) override;

@@ -1,7 +1,9 @@
 #include "startup/forms/ProgramRun.h"
 
+#include "common/Context.h"
 #include "html/HelpDirectory.h"
 #include "startup/StartupDialog.h"
+#include "startup/forms/MainForms.h"
 #include "startup/forms/StartupDialogForm.h"
 
 #include <QCoreApplication>
@@ -14,6 +16,14 @@ namespace ht
 
 int RunProgram(Context &ctx, StartupSession &session, const std::function<int()> &eventLoop)
 {
+    // The main forms live as long as the program runs.
+    QtFormHost forms(ctx, session);
+    ctx.forms = &forms;
+    struct Unset {
+        Context &ctx;
+        ~Unset() { ctx.forms = nullptr; }
+    } unset{ctx};
+
     // Load and first activation run here rather than from window events, so
     // that a failed check or a batch run ends the program straight from this
     // call, on every platform, headless ones included.
