@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Creates the demo workspace (default demo/) from samples/ unless it exists:
 #   databases/Helptext.mdb   help-text database: machines CT400 and FL220,
-#                            languages English, Deutsch, Greek
+#                            languages English, Deutsch, Greek, Russian
 #   databases/Languages.mdb  language-definition database
 #   databases/Scopia.mdb     index-text database (resolves Feeder.Motor.Speed)
 #   help/                    help main directory with the three page templates

@@ -1,10 +1,11 @@
 -- Demo content of a help-text database; runs after the schema scripts
 -- helptext.sql and helptext_materialchange.sql. Two machines in the first two
--- blocks, three languages (one of them Greek), a handful of translated items.
+-- blocks, four languages (Greek and Russian among them), a handful of translated items.
 
 INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (1, 'English', 'Arial 10 400', '00000409');
 INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (2, 'Deutsch', 'Arial 10 400', '00000407');
 INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (3, 'Greek', 'Arial 10 400', '00000408');
+INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (4, 'Russian', 'Arial 10 400', '00000419');
 
 -- Block 1 belongs to the cartoner CT400, block 2 to the filler FL220.
 UPDATE AlarmDefinition SET MachineType = 'CT400' WHERE AlarmID BETWEEN 1 AND 256;
@@ -42,6 +43,8 @@ UPDATE AlarmText SET Device = 'Βαλβίδα πλήρωσης', Result = 'Απ�
 UPDATE WarningText SET Function = 'Glue level low./Refill the glue tank soon.' WHERE Warning_ID = 1 AND Language = 1;
 UPDATE WarningText SET Function = 'Leimstand niedrig./Leimbehälter bald nachfüllen.' WHERE Warning_ID = 1 AND Language = 2;
 UPDATE WarningText SET Function = 'Χαμηλή στάθμη κόλλας.' WHERE Warning_ID = 1 AND Language = 3;
+UPDATE WarningText SET Function = 'Заканчивается клей./Скоро долейте клеевой бак.' WHERE Warning_ID = 1 AND Language = 4;
+UPDATE WarningText SET Function = 'Carton magazine almost empty./Refill it before the next batch.' WHERE Warning_ID = 2 AND Language = 1;
 UPDATE WarningText SET Function = 'Cap feeder almost empty.' WHERE Warning_ID = 257 AND Language = 1;
 
 -- Material change

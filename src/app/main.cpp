@@ -47,6 +47,7 @@ int main(int argc, char **argv)
         // On a headless platform a dialog would wait forever for a click.
         ctx.ui = &noAnswers;
         ctx.state.unattended = true;
+        ctx.state.noDisplay = true;
     } else {
         ctx.ui = &dialogs;
     }

@@ -36,7 +36,10 @@ struct AppState {
     bool generateAfterEditWarnings = false;
     bool generateAfterEditMaterialChange = false;
 
-    bool unattended = false;        // messages go to the error log instead of boxes
+    // Messages go to the error log instead of boxes: nobody watches the batch
+    // run, a program without a display, or the machine PC's start-up checks.
+    bool unattended = false;
+    bool noDisplay = false; // nobody can answer a dialog: the program stays unattended
     bool writingHtml = false;
     bool abortHtml = false;
     // Set by a page run that left pages unwritten: a failure, a name that

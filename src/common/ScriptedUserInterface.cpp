@@ -59,6 +59,15 @@ std::optional<int> ScriptedUserInterface::chooseScreenWidth(int preset)
     return std::nullopt;
 }
 
+std::optional<int> ScriptedUserInterface::chooseOption(const QString &name, const QString &title,
+                                                       const QStringList &options)
+{
+    shown.push_back({QStringLiteral("option"), options.join(u'|'), title.isEmpty() ? name : title});
+    if (auto r = next(); r && std::holds_alternative<int>(*r))
+        return std::get<int>(*r);
+    return std::nullopt;
+}
+
 QStringList ScriptedUserInterface::messageTexts() const
 {
     QStringList out;

@@ -14,7 +14,7 @@ namespace ht {
 class ScriptedUserInterface : public UserInterface {
 public:
     struct Shown {
-        QString kind; // "message", "input", "openFile", "chooseDirectory", "screenWidth"
+        QString kind; // "message", "input", "openFile", "chooseDirectory", "screenWidth", "option"
         QString text; // message text or prompt
         QString title;
         Buttons buttons = Buttons::OK;
@@ -30,6 +30,7 @@ public:
     std::optional<OpenFileChoice> openFile(const QString &title, const QString &filter, const QString &startPath) override;
     std::optional<QString> chooseDirectory(const QString &title, const QString &preset) override;
     std::optional<int> chooseScreenWidth(int preset) override;
+    std::optional<int> chooseOption(const QString &name, const QString &title, const QStringList &options) override;
 
     std::vector<Shown> shown;
     std::deque<Reply> replies;

@@ -3,6 +3,7 @@
 // interface: the Qt forms implement it with real dialogs, tests with a script.
 
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 namespace ht {
@@ -29,6 +30,10 @@ public:
     virtual std::optional<QString> chooseDirectory(const QString &title, const QString &preset) = 0;
     // Screen width in pixels for page layout when not on the machine PC.
     virtual std::optional<int> chooseScreenWidth(int preset) = 0;
+    // One of `options` (a group of option buttons, the first preset) with OK and
+    // Cancel: the 0-based index chosen, nothing when cancelled. `name` names the
+    // dialog for tools that look for it ("dlgSelectHTMLOption").
+    virtual std::optional<int> chooseOption(const QString &name, const QString &title, const QStringList &options) = 0;
 };
 
 // The answer an unattended run or an exhausted script gives: the safe, negative one.

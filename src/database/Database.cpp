@@ -196,9 +196,13 @@ std::unique_ptr<Database> Database::open(const QString &path, Mode mode)
             impl->fail(QStringLiteral("The database can only be opened for reading"), {});
         // Reading the schema proves that the file is a usable database, not just its header.
         QSqlQuery probe(impl->db);
-        if (!probe.exec(QStringLiteral("SELECT count(*) FROM sqlite_schema")))
-            impl->fail(QStringLiteral("The database is damaged"), probe.lastError().text(),
-                       sqliteCode(probe.lastError()));
+        if (!probe.exec(QStringLiteral("SELECT count(*) FROM sqlite_schema"))) {
+            // Held locked by another program is no damage.
+            const int code = sqliteCode(probe.lastError()) & 0xff;
+            impl->fail(code == SQLITE_BUSY || code == SQLITE_LOCKED ? QStringLiteral("Cannot read the database")
+                                                                    : QStringLiteral("The database is damaged"),
+                       probe.lastError().text(), sqliteCode(probe.lastError()));
+        }
         break;
     }
     }

@@ -58,6 +58,22 @@ int Abort_WriteHTML(Context &ctx)
     }
 }
 
+int GetGenerateHTMLOption(Context &ctx, const QString &kindName)
+{
+    try {
+        if (ctx.state.unattended || !ctx.ui)
+            return 0;
+        const QStringList options{QStringLiteral("Generate HTML-pages for ") + kindName + QStringLiteral(" only"),
+                                  QStringLiteral("Generate HTML-pages for Alarms, Warnings and MaterialChange")};
+        const std::optional<int> chosen =
+            ctx.ui->chooseOption(QStringLiteral("dlgSelectHTMLOption"), QStringLiteral("Generate HTML-pages"), options);
+        return chosen && (*chosen == 0 || *chosen == 1) ? *chosen + 1 : 0;
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("GetGenerateHTMLOption"), e);
+        return 0;
+    }
+}
+
 bool hasRealScreen()
 {
     if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))

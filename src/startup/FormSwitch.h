@@ -17,6 +17,8 @@ class FormHost
     virtual ~FormHost() = default;
     virtual void showForm(FormId form) = 0;   // modeless; an open one comes to the front
     virtual void unloadForm(FormId form) = 0; // hidden and unloaded
+    // False for a form this version of the program does not have yet.
+    virtual bool available(FormId form) const = 0;
 };
 
 // Replaces the form `leave` by the form `show`. While help pages are being

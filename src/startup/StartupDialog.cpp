@@ -43,8 +43,9 @@ void StartupDialog::Form_Load()
         m_firstActivation = true;
 
         s.runningOnMachinePC = GetAppRunningOnMachinePC(ctx);
-        // Nobody watches the machine PC's screen: every message goes to the log.
-        if (s.runningOnMachinePC)
+        // The machine PC's start-up checks only log; the main form, once
+        // shown, is watched (ContinuePrg).
+        if (s.runningOnMachinePC && !s.startupChecksDone)
             s.unattended = true;
         s.iniPath = s.runningOnMachinePC ? GetStandardApplicationIni(ctx) : GetStandardUserIni(ctx);
         if (s.runningOnMachinePC) {
@@ -94,7 +95,9 @@ void StartupDialog::Form_Activate()
             view.setTitle(s.mode == kImport ? QStringLiteral("Helptext Importer for Harko-machines")
                                             : QStringLiteral("Helptext Editor for Harko-machines"));
             checkLanguageLookup();
-            if (s.runningOnMachinePC)
+            // As the Info box the dialog must not check again: a database
+            // found wanting now would end the program under the open editor.
+            if (s.runningOnMachinePC && !s.startupChecksDone)
                 checkHelpTextDatabase();
             if (s.mode == kEdit) {
                 if (s.runningOnMachinePC) {
@@ -173,6 +176,7 @@ void StartupDialog::checkHelpTextDatabase()
 
 void StartupDialog::runBatch()
 {
+    ctx.state.unattended = true; // nobody watches a batch run, display or not
     view.setOkEnabled(false);
     view.setTimerInterval(0);
     bool alarms = FindCommandLineParameter(ctx, QStringLiteral("Alarms"));
@@ -230,8 +234,12 @@ void StartupDialog::ContinuePrg()
             if (mode != kEdit)
                 view.unload();
         }
-        if (mode == kImport || mode == kEdit)
+        if (mode == kImport || mode == kEdit) {
+            // Somebody works with the main form: its questions are asked, on
+            // the machine PC too, unless there is no display to ask on.
+            ctx.state.unattended = ctx.state.noDisplay;
             view.showMainForm(mode);
+        }
         view.unload();
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("ContinuePrg"), e);

@@ -151,8 +151,13 @@ TEST_F(Startup, MachinePCSettingsListCountdownAndInfoBox)
     EXPECT_FALSE(view.showSettingsEnabled);
     EXPECT_TRUE(t.ui.shown.empty());
 
-    // Shown again as the Info box after the hand-over, the dialog keeps the current kind.
+    // The start-up checks only logged; the main form is watched.
+    EXPECT_TRUE(t.ctx.state.unattended);
     dialog.CommandOK_Click();
+    EXPECT_FALSE(t.ctx.state.unattended);
+    // Shown again as the Info box after the hand-over, the dialog keeps the
+    // current kind and checks no database again, even one that went bad meanwhile.
+    test::writeText(program("Helptext.mdb"), "not a database any more");
     bool cancel = true;
     dialog.Form_Unload(cancel);
     EXPECT_FALSE(cancel);
@@ -167,6 +172,8 @@ TEST_F(Startup, MachinePCSettingsListCountdownAndInfoBox)
     EXPECT_TRUE(infoView.showSettingsEnabled);
     info.CommandShowSettings_Click();
     EXPECT_TRUE(infoView.settingsVisible);
+    EXPECT_FALSE(t.ctx.state.unattended);
+    EXPECT_TRUE(t.ui.shown.empty());
     info.LabelTitle_Click();
     EXPECT_EQ(infoView.events, QStringList{"unload"});
 }

@@ -1,24 +1,15 @@
 #pragma once
-// Helpers of the start-up tests: demo databases made from the schema and demo
-// scripts, a machine-PC tree, and a headless start-up window.
+// Helpers of the start-up tests: a headless start-up window.
 
 #include "common/StatusDisplay.h"
 #include "startup/StartupView.h"
+#include "support/DemoFiles.h"
 
 #include <QString>
 #include <QStringList>
 
 namespace ht::test
 {
-
-void makeDemoLanguageDB(const QString &path);
-
-// <root>/Program/{Helptext.mdb, Scopia.mdb, Tools/Languages.mdb, Help/} with
-// the demo data and the page templates in Help/.
-void makeMachineTree(const QString &root);
-
-void writeText(const QString &path, const QString &text);
-void copyFile(const QString &from, const QString &to);
 
 class HeadlessView : public StartupView
 {

@@ -3,12 +3,17 @@
 #include "common/Platform.h"
 
 #include <QApplication>
+#include <QButtonGroup>
 #include <QCheckBox>
+#include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QInputDialog>
 #include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QVBoxLayout>
 
 namespace ht
 {
@@ -135,7 +140,14 @@ std::optional<OpenFileChoice> QtUserInterface::openFile(const QString &title, co
 
 std::optional<QString> QtUserInterface::chooseDirectory(const QString &title, const QString &preset)
 {
-    const QString dir = QFileDialog::getExistingDirectory(dialogParent(), title, preset);
+    QFileDialog dialog(dialogParent(), title, preset);
+    dialog.setObjectName(QStringLiteral("dlgSelectDir"));
+    dialog.setAccessibleName(title);
+    dialog.setFileMode(QFileDialog::Directory);
+    dialog.setOption(QFileDialog::ShowDirsOnly);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty())
+        return std::nullopt;
+    const QString dir = dialog.selectedFiles().constFirst();
     if (dir.isEmpty())
         return std::nullopt;
     // The help main directory always ends with a separator (a root already does).
@@ -153,6 +165,33 @@ std::optional<int> QtUserInterface::chooseScreenWidth(int preset)
     if (!ok)
         return std::nullopt;
     return chosen.toInt();
+}
+
+std::optional<int> QtUserInterface::chooseOption(const QString &name, const QString &title, const QStringList &options)
+{
+    QDialog dialog(dialogParent());
+    dialog.setObjectName(name);
+    dialog.setWindowTitle(title);
+    dialog.setAccessibleName(title);
+    auto *layout = new QVBoxLayout(&dialog);
+    auto *group = new QButtonGroup(&dialog);
+    for (qsizetype i = 0; i < options.size(); ++i) {
+        auto *option = new QRadioButton(options[i], &dialog);
+        option->setObjectName(QStringLiteral("Option%1").arg(i + 1));
+        option->setAccessibleName(options[i]);
+        option->setChecked(i == 0);
+        group->addButton(option, int(i));
+        layout->addWidget(option);
+    }
+    auto *buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, &dialog);
+    buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("ButtonOK"));
+    buttons->button(QDialogButtonBox::Cancel)->setObjectName(QStringLiteral("ButtonCancel"));
+    layout->addWidget(buttons);
+    QObject::connect(buttons, &QDialogButtonBox::accepted, &dialog, &QDialog::accept);
+    QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
+    if (dialog.exec() != QDialog::Accepted || group->checkedId() < 0)
+        return std::nullopt;
+    return group->checkedId();
 }
 
 } // namespace ht

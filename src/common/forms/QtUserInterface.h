@@ -17,6 +17,7 @@ class QtUserInterface : public UserInterface
                                            const QString &startPath) override;
     std::optional<QString> chooseDirectory(const QString &title, const QString &preset) override;
     std::optional<int> chooseScreenWidth(int preset) override;
+    std::optional<int> chooseOption(const QString &name, const QString &title, const QStringList &options) override;
 };
 
 // "Desc|*.mdb|Desc2|*.vws" to Qt's "Desc (*.mdb);;Desc2 (*.vws)".

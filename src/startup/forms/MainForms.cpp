@@ -1,6 +1,7 @@
 #include "startup/forms/MainForms.h"
 
 #include "common/Context.h"
+#include "editor/forms/EditorWindow.h"
 #include "startup/StartupDialog.h"
 #include "startup/forms/PlaceholderMainForm.h"
 #include "startup/forms/StartupDialogForm.h"
@@ -15,13 +16,18 @@ QWidget *QtFormHost::create(FormId form)
     // Each main form is added here as it is built; until then a stand-in says so.
     switch (form) {
     case FormId::Edit:
-        return new PlaceholderMainForm(m_ctx, m_session, QStringLiteral("editor form (frmEdit)"));
+        return new EditorWindow(m_ctx, m_session);
     case FormId::Import:
         return new PlaceholderMainForm(m_ctx, m_session, QStringLiteral("importer form (frmImport)"));
     case FormId::Languages:
         return new PlaceholderMainForm(m_ctx, m_session, QStringLiteral("language form (frmLanguages)"));
     }
     return nullptr;
+}
+
+bool QtFormHost::available(FormId form) const
+{
+    return form == FormId::Edit;
 }
 
 QWidget *QtFormHost::form(FormId form) const

@@ -23,6 +23,7 @@ class QtFormHost : public FormHost
     QtFormHost(Context &ctx, StartupSession &session) : m_ctx(ctx), m_session(session) {}
     void showForm(FormId form) override;
     void unloadForm(FormId form) override;
+    bool available(FormId form) const override;
     QWidget *form(FormId form) const;
 
   private:

@@ -1,4 +1,4 @@
-#include "StartupTestSupport.h"
+#include "support/DemoFiles.h"
 
 #include "database/Database.h"
 #include "support/TestSupport.h"
@@ -10,10 +10,7 @@
 
 namespace ht::test
 {
-namespace
-{
 
-// A SQLite database from scripts below the repository root; fails the current test when one fails.
 void makeDatabase(const QString &path, const QStringList &scripts)
 {
     QFile::remove(path);
@@ -31,25 +28,37 @@ void makeDatabase(const QString &path, const QStringList &scripts)
     }
 }
 
-} // namespace
+void makeDemoHelpTextDB(const QString &path)
+{
+    makeDatabase(path, {"src/database/schema/helptext.sql", "src/database/schema/helptext_materialchange.sql",
+                        "samples/demo/helptext_demo.sql"});
+}
 
 void makeDemoLanguageDB(const QString &path)
 {
     makeDatabase(path, {"src/database/schema/languages.sql", "samples/demo/languages_demo.sql"});
 }
 
+void makeDemoIndexTextDB(const QString &path)
+{
+    makeDatabase(path, {"src/database/schema/indextext.sql", "samples/demo/indextext_demo.sql"});
+}
+
+void copyTemplates(const QString &helpDir)
+{
+    QDir().mkpath(helpDir);
+    for (const QString name : {"Source_Alarms.html", "Source_Warnings.html", "Source_MaterialChange.html"})
+        copyFile(sourceDir() + "/samples/templates/" + name, helpDir + QLatin1Char('/') + name);
+}
+
 void makeMachineTree(const QString &root)
 {
     const QString program = root + QStringLiteral("/Program/");
     QDir().mkpath(program + "Tools");
-    QDir().mkpath(program + "Help");
-    makeDatabase(program + "Helptext.mdb",
-                 {"src/database/schema/helptext.sql", "src/database/schema/helptext_materialchange.sql",
-                  "samples/demo/helptext_demo.sql"});
-    makeDatabase(program + "Scopia.mdb", {"src/database/schema/indextext.sql", "samples/demo/indextext_demo.sql"});
+    makeDemoHelpTextDB(program + "Helptext.mdb");
+    makeDemoIndexTextDB(program + "Scopia.mdb");
     makeDemoLanguageDB(program + "Tools/Languages.mdb");
-    for (const QString name : {"Source_Alarms.html", "Source_Warnings.html", "Source_MaterialChange.html"})
-        copyFile(sourceDir() + "/samples/templates/" + name, program + "Help/" + name);
+    copyTemplates(program + "Help");
 }
 
 void writeText(const QString &path, const QString &text)

@@ -1,0 +1,153 @@
+#pragma once
+// The logic of the editor form frmEdit: a translator picks a machine, an item
+// kind, an item number, a source and a destination language; the item's texts
+// are shown side by side, every change is stored when its box is left, and
+// the item's help page is written again when the settings ask for it.
+// The form itself (EditorView) only shows what it is told and forwards events.
+
+#include "editor/EditorView.h"
+
+#include <QString>
+#include <QStringList>
+#include <QVariantList>
+#include <array>
+#include <functional>
+
+namespace ht
+{
+
+struct Context;
+class Database;
+struct EditorKind;
+
+// A language of the help-text database as the editor uses it.
+struct LanguageRecord {
+    QString number; // Language.Language
+    QString font;   // the font specification, "LEER" when there is none
+    QString layout; // KBLayout
+};
+
+// The machine worked on, shared with dlgMachineSelection.
+struct EditorSelection {
+    QString machine;      // MachineType; "" or "-1" when there is none
+    long firstItemID = 1; // the machine's first definition ID: item n has ID n + firstItemID - 1
+};
+
+// One item's texts in one language: SQL with its values bound.
+struct TextQuery {
+    QString sql;
+    QVariantList params;
+};
+
+// The stored one-line form shown as lines: "/" and "/ " become line breaks (CR LF).
+QString slashesToLineBreaks(const QString &text);
+
+class EditorForm
+{
+  public:
+    EditorForm(Context &ctx, EditorView &view);
+
+    // Form, lists and navigation
+    void Form_Load();
+    void Form_Activate();
+    void SetMenuState();
+    void GetMachineFirstIndex();
+    void FillLanguageList();
+    void GetFormDefaults();
+    void SetFormDefaults();
+    void ComboIndex_KeyDown(int keyCode); // after every key press in the item number box
+    void ComboIndex_Click();
+    void ComboLanguageSource_Click();
+    void ComboLanguageDestination_Click();
+    void ComboLanguageSource_KeyDown(int keyCode);
+    void ComboLanguageDestination_KeyDown(int keyCode);
+    void Form_KeyDown(int keyCode);
+    void Form_Unload(bool &cancel);
+
+    // Menus: each stores pending input first (Menu_GotFocus)
+    void Menu_GotFocus();
+    void MenuAlarms_Click();
+    void MenuWarnings_Click();
+    void MenuMaterialChange_Click();
+    void MenuMachineSelection_Click();
+    void MenuChangeDatabase_Click();
+    void MenuLanguage_Click();
+    void MenuInfo_Click();
+    void MenuExit_Click();
+    void MenuGenerateHelpHTML_Click();
+    void MenuSelectHelptextdirectory_Click();
+    void MenuNextUntranslated_Click();     // Ctrl+J
+    void MenuPreviousUntranslated_Click(); // Ctrl+K
+    void MenuGoToItem_Click();             // Ctrl+G
+
+    // Reading an item
+    void Source_Read();
+    void Destination_Read();
+    void Definition_Read();
+    TextQuery GetSQLForTextTable(const QString &language) const;
+    void SingleLineToMultiLine(Ctl box, int index);
+
+    // Writing an item
+    void TextDestination_Change(int index);
+    void TextDestination_LostFocus(int index);
+    void TextDefinition_Change(int index);
+    void TextDefinition_LostFocus(int index);
+    void DataBase_Write(int &result);
+    void Definition_Write();
+    void InitHTML_Write();
+
+    EditorSelection &selection() { return m_selection; }
+    int itemNumber() const; // the number in ComboIndex, 0 when none
+    long itemID() const;    // its database ID
+    bool destinationEditable() const { return m_destinationEditable; }
+    bool hasUnsavedInput() const { return m_dirty; }
+    QString statusText() const { return m_statusText; } // "translated n of m" while idle
+
+  private:
+    friend class LoadingGuard;
+    const EditorKind &kind() const;
+    bool connectDatabase();
+    void takeIndexTextDatabaseFromSettings();
+    void fillItemNumbers();
+    void chooseLanguages();
+    void showItem();
+    bool mayReplaceInput();
+    void restoreShownSelection();
+    void rebuild();
+    void runPages(const std::function<void()> &run);
+    void lockDestination(bool locked);
+    void setTextBoxes(Ctl side, const QStringList &texts);
+    QStringList readTexts(Database &db, const QString &language) const;
+    bool applyFont(Ctl side, const LanguageRecord *language, const LanguageRecord *fallback);
+    void showFontError();
+    QString pagePath() const;
+    QString boxText(int index) const;
+    void writeDefinition(Database &db);
+    void reportWriteFailure(const QString &procedure, const QString &reason);
+    void findUntranslated(int direction);
+    QList<int> untranslatedNumbers();
+    void refreshStatus();
+    void setStatus(const QString &text);
+
+    Context &ctx;
+    EditorView &view;
+    EditorSelection m_selection;
+    QStringList m_machines;
+    QStringList m_languages;
+    bool m_loading = false;
+    bool m_dirty = false;
+    int m_pendingFocus = 0; // 1..3 TextDestination, 4..7 TextDefinition 1..4
+    bool m_writeFailed = false;
+    bool m_destinationEditable = false;
+    bool m_defaultsRead = false;
+    bool m_sourceFontError = false, m_destinationFontError = false;
+    bool m_closeWhenRunEnds = false;
+    bool m_closing = false;
+    QString m_destinationNumber;             // the destination language's number in the help-text database
+    std::array<QString, 4> m_definitionRead; // Sensor, Cam, CPU, Rejects as read
+    // What the boxes show, so that a refused change can go back to it.
+    QString m_shownNumber, m_shownSource, m_shownDestination;
+    QString m_statusText;
+};
+
+} // namespace ht

@@ -1,0 +1,274 @@
+// The editor's logic driven through a headless window on the demo data.
+#include "EditorTestSupport.h"
+
+#include "common/IniFile.h"
+#include "editor/EditorForm.h"
+
+#include <QFile>
+
+namespace ht
+{
+namespace
+{
+
+class Editor : public ::testing::Test
+{
+  protected:
+    test::EditorWorkspace w;
+    test::HeadlessEditorView view;
+    EditorForm form{w.t.ctx, view};
+    ScriptedUserInterface &ui = w.t.ui;
+
+    void open(const QString &destination = QStringLiteral("Greek"))
+    {
+        form.Form_Load();
+        view.setText(Ctl::ComboLanguageDestination, destination);
+        form.Form_Activate();
+    }
+    void go(const QString &number)
+    {
+        view.setText(Ctl::ComboIndex, number);
+        form.ComboIndex_KeyDown(13);
+    }
+    void type(Ctl box, int index, const QString &text)
+    {
+        view.focused = {box, index};
+        view.setText(box, index, text);
+        box == Ctl::TextDestination ? form.TextDestination_Change(index) : form.TextDefinition_Change(index);
+    }
+    void leave()
+    {
+        const auto [box, index] = view.focused;
+        view.focused = {Ctl::MenuExit, -1};
+        box == Ctl::TextDestination ? form.TextDestination_LostFocus(index) : form.TextDefinition_LostFocus(index);
+    }
+    QString greekFunction(int alarmId)
+    {
+        return w.value("SELECT Function FROM AlarmText WHERE Alarm_ID = ? AND Language = 3", {alarmId});
+    }
+};
+
+TEST_F(Editor, ShowsTheItemInBothLanguagesWithTheDestinationsLayout)
+{
+    open();
+    EXPECT_EQ(view.caption, "Helptext editor Alarms - connected to " + w.db());
+    EXPECT_EQ(view.shown(Ctl::LabelMachine), "CT400");
+    EXPECT_EQ(view.shown(Ctl::ComboLanguageSource), "English");
+    EXPECT_EQ(view.shown(Ctl::TextSource, 1), "Carton magazine");
+    EXPECT_EQ(view.shown(Ctl::TextSource, 3),
+              "The carton magazine is empty.\r\nRefill the magazine and acknowledge the alarm.");
+    EXPECT_EQ(view.shown(Ctl::TextDestination, 2), "Η μηχανή σταματά");
+    EXPECT_EQ(view.shown(Ctl::TextDefinition, 1), "B1/B2"); // definitions keep their separators
+    EXPECT_EQ(view.at(Ctl::TextDestination, 3).font, (BoxFont{"Arial", 10, 400}));
+    EXPECT_TRUE(view.keyboard.contains("Greek (00000408, X11 layout \"gr\")")) << qPrintable(view.keyboard);
+    EXPECT_EQ(view.status.text, "translated 1 of 2");
+
+    form.MenuWarnings_Click();
+    EXPECT_FALSE(view.at(Ctl::TextDestination, 1).visible || view.at(Ctl::FrameDef).visible);
+    EXPECT_EQ(view.shown(Ctl::LabelDestination, 3), "Function");
+    EXPECT_FALSE(view.at(Ctl::MenuWarnings).enabled);
+    EXPECT_EQ(view.shown(Ctl::TextDestination, 3), "Χαμηλή στάθμη κόλλας.");
+}
+
+TEST_F(Editor, StoredSlashesShowAsLineBreaks)
+{
+    const struct {
+        const char *stored, *shown;
+    } cases[] = {{"a/b/ c", "a\r\nb\r\nc"}, {"no break", "no break"}, {"a//b", "a\r\n\r\nb"}, {"end/ ", "end\r\n"}};
+    for (const auto &c : cases)
+        EXPECT_EQ(slashesToLineBreaks(c.stored), c.shown) << c.stored;
+}
+
+TEST_F(Editor, TypedItemNumbersAreCorrected)
+{
+    open();
+    const struct {
+        const char *typed, *corrected;
+    } cases[] = {{"2", "2"}, {"abc", "1"}, {"2.5", "1"}, {"0", "1"}, {"-4", "1"}, {"300", "256"}, {"256", "256"}};
+    for (const auto &c : cases) {
+        view.setText(Ctl::ComboIndex, c.typed);
+        form.ComboIndex_KeyDown(0);
+        EXPECT_EQ(view.shown(Ctl::ComboIndex), c.corrected) << c.typed;
+    }
+    go("2");
+    EXPECT_EQ(view.shown(Ctl::TextSource, 1), "Main drive\r\nBrake"); // every key press shows the item
+}
+
+TEST_F(Editor, MaterialChangeIsNumberedFromTheMachinesFirstAlarm)
+{
+    open();
+    form.selection().machine = "FL220";
+    form.MenuMaterialChange_Click();
+    EXPECT_EQ(form.selection().firstItemID, 257); // FL220's alarms begin at 257, its material changes at 1001
+    EXPECT_EQ(w.t.ctx.state.maxItems[KindMaterialChange], 1000);
+    EXPECT_EQ(form.itemID(), 257);
+}
+
+TEST_F(Editor, RememberedPositionOnlyForAMachineAndLanguageThatExist)
+{
+    const struct {
+        const char *machine, *language;
+        int kind;
+        const char *index, *destination;
+    } cases[] = {{"FL220", "Greek", 2, "3", "Greek"}, {"Gone", "Greek", 1, "1", ""}, {"FL220", "Klingon", 1, "1", ""}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.machine + std::string("/") + c.language);
+        test::HeadlessEditorView v;
+        EditorForm f(w.t.ctx, v);
+        w.t.ctx.state.currentKind = KindAlarms;
+        test::writeText(
+            w.t.ctx.state.iniPath,
+            QString("[Defaults]\nItem=2\nIndex=3\nMachine=%1\nLanguageDestination=%2\n").arg(c.machine, c.language));
+        f.Form_Load();
+        EXPECT_EQ(w.t.ctx.state.currentKind, c.kind);
+        EXPECT_EQ(v.shown(Ctl::LabelMachine), c.kind == 2 ? "FL220" : "CT400");
+        EXPECT_EQ(v.shown(Ctl::ComboIndex), c.index);
+        EXPECT_EQ(v.shown(Ctl::ComboLanguageDestination), c.destination);
+    }
+    open("Russian");
+    bool cancel = true;
+    form.Form_Unload(cancel);
+    EXPECT_FALSE(cancel);
+    EXPECT_EQ(LoadIniString(w.t.ctx, "Defaults", "LanguageDestination", w.t.ctx.state.iniPath), "Russian");
+    EXPECT_EQ(LoadIniString(w.t.ctx, "Defaults", "Machine", w.t.ctx.state.iniPath), "CT400");
+}
+
+TEST_F(Editor, TextsAreStoredExactlyAsTypedInAnyScript)
+{
+    w.exec("DELETE FROM AlarmText WHERE Alarm_ID = 2 AND Language = 3");
+    open();
+    go("2");
+    const QString texts[] = {"Ο κινητήρας υπερθερμαίνεται",
+                             "Двигатель перегревается",
+                             "电机过热",
+                             "المحرك ساخن جدا",
+                             "e\u0301 a\u0308 combining",
+                             "outside the plane: 😀 𝄞 𠜎",
+                             "two lines\r\nkept as typed"};
+    for (const QString &text : texts) {
+        type(Ctl::TextDestination, 3, text);
+        leave();
+        EXPECT_EQ(greekFunction(2), text); // the first save adds the row, later ones change it
+    }
+    EXPECT_EQ(w.value("SELECT count(*) FROM AlarmText WHERE Alarm_ID = 2 AND Language = 3"), "1");
+
+    // A "/" typed into Device is a line break at once, and stored as "/".
+    type(Ctl::TextDestination, 1, "Κινητήρας/Φρένο");
+    EXPECT_EQ(view.shown(Ctl::TextDestination, 1), "Κινητήρας\r\nΦρένο");
+    leave();
+    EXPECT_EQ(w.value("SELECT Device FROM AlarmText WHERE Alarm_ID = 2 AND Language = 3"), "Κινητήρας/Φρένο");
+}
+
+TEST_F(Editor, NothingCanBeStoredWithoutADestinationLanguage)
+{
+    open(QString());
+    EXPECT_TRUE(view.at(Ctl::TextDestination, 3).locked);
+    EXPECT_EQ(view.shown(Ctl::TextDefinition, 2), "K3"); // definitions are shown all the same
+    type(Ctl::TextDefinition, 2, "K9");
+    leave();
+    EXPECT_EQ(w.value("SELECT Cam FROM AlarmDefinition WHERE AlarmID = 1"), "K3");
+}
+
+TEST_F(Editor, RejectsTakesNumbersOnly)
+{
+    open();
+    type(Ctl::TextDefinition, 4, "7");
+    leave();
+    EXPECT_EQ(w.value("SELECT Rejects FROM AlarmDefinition WHERE AlarmID = 1"), "7");
+    type(Ctl::TextDefinition, 4, "7x");
+    EXPECT_EQ(view.shown(Ctl::TextDefinition, 4), "7");
+    EXPECT_EQ(view.status.text, "Rejects: numbers only");
+}
+
+TEST_F(Editor, PageIsWrittenAgainOnlyWhenTheKindsSettingIsOn)
+{
+    for (bool on : {false, true}) {
+        w.t.ctx.state.generateAfterEditAlarm = on;
+        open();
+        type(Ctl::TextDestination, 3, on ? "Σελίδα" : "Χωρίς σελίδα");
+        leave();
+        const QByteArray page = test::readFileBytes(w.page("CT400/Alarms/Greek/1.html"));
+        const QString text = QString::fromUtf16(reinterpret_cast<const char16_t *>(page.constData()), page.size() / 2);
+        EXPECT_EQ(text.contains("Σελίδα"), on);
+        EXPECT_FALSE(text.contains("Χωρίς"));
+    }
+}
+
+// The database gone or held by another program: the translator hears of it,
+// keeps the text, and it is stored once the database can be had again.
+TEST_F(Editor, AFailedSaveKeepsTheTextAndSaysWhy)
+{
+    const QString db = w.db(), away = w.t.path("away.mdb");
+    std::unique_ptr<Database> other;
+    const struct {
+        const char *name, *reason;
+        std::function<void()> breakIt, mend;
+    } cases[] = {
+        {"deleted", "Database file not found", [&] { QFile::rename(db, away); }, [&] { QFile::rename(away, db); }},
+        {"locked", "in use by another program",
+         [&] {
+             other = Database::open(db);
+             other->exec("BEGIN EXCLUSIVE");
+         },
+         [&] { other.reset(); }},
+    };
+    Database::setBusyTimeout(50);
+    open();
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        ui.shown.clear();
+        type(Ctl::TextDestination, 3, QString("Kept ") + c.name);
+        c.breakIt();
+        leave();
+        ASSERT_EQ(ui.messageTexts().size(), 1);
+        EXPECT_TRUE(ui.messageTexts()[0].contains(c.reason)) << qPrintable(ui.messageTexts()[0]);
+        EXPECT_EQ(view.shown(Ctl::TextDestination, 3), QString("Kept ") + c.name);
+        EXPECT_TRUE(form.hasUnsavedInput());
+        // Moving on tries again, then asks; unanswered, the item and its text stay.
+        go("2");
+        EXPECT_EQ(ui.shown.back().text, "The text you typed could not be stored.\n\rDiscard it and go on?");
+        EXPECT_EQ(view.shown(Ctl::ComboIndex), "1");
+        EXPECT_EQ(view.shown(Ctl::TextDestination, 3), QString("Kept ") + c.name);
+        c.mend();
+        view.focused = {Ctl::TextDestination, 3};
+        leave();
+        EXPECT_EQ(greekFunction(1), QString("Kept ") + c.name);
+        EXPECT_FALSE(form.hasUnsavedInput());
+    }
+    Database::setBusyTimeout(5000);
+}
+
+TEST_F(Editor, ClosingWhilePagesAreWrittenAsksToAbort)
+{
+    open();
+    w.t.ctx.state.writingHtml = true;
+    const struct {
+        Answer answer;
+        bool aborted;
+    } cases[] = {{Answer::No, false}, {Answer::Yes, true}};
+    for (const auto &c : cases) {
+        ui.push(c.answer);
+        bool cancel = false;
+        form.Form_Unload(cancel);
+        EXPECT_TRUE(cancel); // a run still under way keeps the form until it has stopped
+        EXPECT_EQ(w.t.ctx.state.abortHtml, c.aborted);
+    }
+    EXPECT_EQ(ui.shown.back().title, "Abort writing HTML-files?");
+}
+
+TEST_F(Editor, UntranslatedItemsAreFoundAndCounted)
+{
+    open();
+    form.MenuNextUntranslated_Click();
+    EXPECT_EQ(view.shown(Ctl::ComboIndex), "2"); // English text, no Greek
+    form.MenuPreviousUntranslated_Click();
+    EXPECT_EQ(view.shown(Ctl::ComboIndex), "2"); // the only one, found from either side
+    type(Ctl::TextDestination, 3, "Υπερφόρτωση");
+    leave();
+    EXPECT_EQ(view.status.text, "translated 2 of 2");
+    form.MenuNextUntranslated_Click();
+    EXPECT_EQ(view.status.text, "Every item with a source text is translated");
+}
+
+} // namespace
+} // namespace ht

@@ -1,0 +1,116 @@
+#pragma once
+// The editor tests' workspace: the demo databases, a help directory with the
+// page templates and a context that has been through start-up; and a headless
+// editor window for the core tests.
+
+#include "common/QtPrinters.h"
+#include "common/StatusDisplay.h"
+#include "database/Database.h"
+#include "database/HelpTextDatabase.h"
+#include "editor/EditorView.h"
+#include "support/DemoFiles.h"
+#include "support/TestSupport.h"
+
+#include <QDir>
+#include <gtest/gtest.h>
+#include <map>
+
+namespace ht::test
+{
+
+struct EditorWorkspace {
+    TestContext t;
+    QString db() const { return t.path("Helptext.mdb"); }
+    QString help() const { return t.path("help/"); }
+    QString page(const QString &relative) const { return help() + relative; }
+
+    EditorWorkspace()
+    {
+        makeDemoHelpTextDB(db());
+        makeDemoLanguageDB(t.path("Languages.mdb"));
+        makeDemoIndexTextDB(t.path("Scopia.mdb"));
+        copyTemplates(t.path("help"));
+        AppState &s = t.ctx.state;
+        s.mode = QStringLiteral("EDIT");
+        s.iniPath = t.path("helptext.ini");
+        s.langLookupDB = t.path("Languages.mdb");
+        s.indexTextDB = t.path("Scopia.mdb");
+        s.helpMainDir = help();
+        s.screenResolution = QStringLiteral("1024");
+        s.generateAfterEditAlarm = s.generateAfterEditWarnings = s.generateAfterEditMaterialChange = true;
+        EXPECT_EQ(CheckConnection(t.ctx, db()), db());
+    }
+
+    // The first value of a query on the help-text database.
+    QString value(const QString &sql, const QVariantList &params = {}) const
+    {
+        auto d = Database::open(db(), Database::Mode::ReadOnly);
+        const Recordset rs = d->query(sql, params);
+        return rs.recordCount() ? rs.value(0).toString() : QStringLiteral("<none>");
+    }
+    void exec(const QString &sql, const QVariantList &params = {}) const { Database::open(db())->exec(sql, params); }
+};
+
+class HeadlessEditorView : public EditorView
+{
+  public:
+    struct Control {
+        QString text;
+        QStringList items;
+        bool visible = true, enabled = true, locked = false;
+        int cursor = 0;
+        BoxFont font;
+    };
+    using Key = std::pair<Ctl, int>;
+    std::map<Key, Control> controls;
+    Key focused{Ctl::MenuExit, -1}; // nothing
+    QString caption, keyboard;
+    bool busy = false;
+    int closed = 0, infoBoxes = 0;
+    std::function<void()> machineSelection = [] {};
+    HeadlessStatus status;
+
+    Control &at(Ctl c, int i = 0) { return controls[{c, i}]; }
+    QString shown(Ctl c, int i = 0) const
+    {
+        const auto found = controls.find({c, i});
+        return found == controls.end() ? QString() : found->second.text;
+    }
+
+    using EditorView::setEnabled;
+    using EditorView::setText;
+    using EditorView::setVisible;
+    using EditorView::text;
+    void setCaption(const QString &t) override { caption = t; }
+    void setText(Ctl c, int i, const QString &t) override
+    {
+        Control &x = at(c, i);
+        const bool list = c == Ctl::ComboLanguageSource || c == Ctl::ComboLanguageDestination;
+        x.text = list && !x.items.contains(t) ? QString() : t;
+    }
+    QString text(Ctl c, int i) const override { return shown(c, i); }
+    void setItems(Ctl c, const QStringList &items) override
+    {
+        at(c).items = items;
+        at(c).text.clear();
+    }
+    void setVisible(Ctl c, int i, bool v) override { at(c, i).visible = v; }
+    void setEnabled(Ctl c, int i, bool e) override { at(c, i).enabled = e; }
+    void setLocked(Ctl c, int i, bool l) override { at(c, i).locked = l; }
+    bool hasFocus(Ctl c, int i) const override { return focused == Key{c, i}; }
+    int cursorPosition(Ctl c, int i) const override
+    {
+        const auto found = controls.find({c, i});
+        return found == controls.end() ? 0 : found->second.cursor;
+    }
+    void setCursorPosition(Ctl c, int i, int p) override { at(c, i).cursor = p; }
+    void setFont(Ctl c, int i, const BoxFont &f) override { at(c, i).font = f; }
+    void activateKeyboardLayout(const QString &, const QString &t) override { keyboard = t; }
+    void setBusy(bool b) override { busy = b; }
+    void showMachineSelection() override { machineSelection(); }
+    void showInfoBox() override { ++infoBoxes; }
+    void closeForm() override { ++closed; }
+    StatusTarget *statusTarget() override { return &status; }
+};
+
+} // namespace ht::test

@@ -1,0 +1,169 @@
+// The editor's real window, offscreen: that its controls reach the logic.
+#include "EditorTestSupport.h"
+
+#include "editor/forms/EditorWindow.h"
+#include "editor/forms/MachineSelectionForm.h"
+#include "startup/StartupDialog.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QFile>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTest>
+
+namespace ht
+{
+namespace
+{
+
+class EditorWindowTest : public ::testing::Test
+{
+  protected:
+    void SetUp() override
+    {
+        w.t.ctx.processEvents = [] { QCoreApplication::processEvents(); };
+        test::writeText(w.t.ctx.state.iniPath,
+                        "[Defaults]\nItem=1\nIndex=1\nMachine=CT400\nLanguageDestination=Greek\n");
+        window = new EditorWindow(w.t.ctx, session);
+        window->show();
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+    }
+    void TearDown() override { delete window.data(); }
+
+    template <typename T> T *find(const QString &name) const
+    {
+        T *child = window->findChild<T *>(name);
+        EXPECT_TRUE(child) << qPrintable(name);
+        return child;
+    }
+    QPlainTextEdit *destination(int i) const { return find<QPlainTextEdit>(QString("TextDestination%1").arg(i)); }
+    // Types like a keyboard would, any script (a character outside the BMP arrives as one key).
+    static void typeText(QWidget *target, const QString &text)
+    {
+        for (qsizetype i = 0; i < text.size(); ++i) {
+            const qsizetype n = text[i].isHighSurrogate() ? 2 : 1;
+            QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, text.mid(i, n));
+            QApplication::sendEvent(target, &press);
+            i += n - 1;
+        }
+    }
+    void typeInto(QPlainTextEdit *box, const QString &text)
+    {
+        box->setFocus();
+        box->selectAll();
+        typeText(box, text);
+    }
+    QString greek(const char *field, int alarm) const
+    {
+        return w.value(QString("SELECT %1 FROM AlarmText WHERE Alarm_ID = ? AND Language = 3").arg(field), {alarm});
+    }
+    void activate() const
+    {
+        QEvent e(QEvent::WindowActivate);
+        QApplication::sendEvent(window, &e);
+    }
+
+    test::EditorWorkspace w;
+    StartupSession session{.compileOption = "EDIT"};
+    QPointer<EditorWindow> window;
+};
+
+TEST_F(EditorWindowTest, ALeftBoxIsStoredAndItsPageWritten)
+{
+    EXPECT_EQ(destination(1)->toPlainText(), "Αποθήκη κουτιών");
+    typeInto(destination(3), "Νέα εξήγηση 😀");
+    QTest::keyClick(destination(3), Qt::Key_Tab); // on to the definition boxes
+    EXPECT_EQ(greek("Function", 1), "Νέα εξήγηση 😀");
+    const QByteArray page = test::readFileBytes(w.page("CT400/Alarms/Greek/1.html"));
+    EXPECT_TRUE(QString::fromUtf16(reinterpret_cast<const char16_t *>(page.constData()), page.size() / 2)
+                    .contains("Νέα εξήγηση"));
+    EXPECT_EQ(window->statusBar()->currentMessage(), "translated 1 of 2");
+}
+
+TEST_F(EditorWindowTest, OpeningAMenuStoresTheTextFirst)
+{
+    typeInto(destination(2), "Σταματά");
+    QMenu *items = window->menuBar()->actions().at(1)->menu();
+    items->popup(window->mapToGlobal(QPoint(10, 10)));
+    EXPECT_EQ(greek("Result", 1), "Σταματά");
+    items->close();
+}
+
+TEST_F(EditorWindowTest, TypedItemNumbersAreCorrectedAtEveryKey)
+{
+    QLineEdit *number = find<QComboBox>("ComboIndex")->lineEdit();
+    number->setFocus();
+    number->selectAll();
+    QTest::keyClicks(number, "300");
+    EXPECT_EQ(number->text(), "256");
+    number->selectAll();
+    QTest::keyClicks(number, "x");
+    EXPECT_EQ(number->text(), "1");
+    number->selectAll();
+    QTest::keyClicks(number, "2");
+    EXPECT_EQ(find<QPlainTextEdit>("TextSource1")->toPlainText(), "Main drive\nBrake");
+}
+
+TEST_F(EditorWindowTest, AHandMadePageLocksTheItemUntilItIsDeleted)
+{
+    const QString path = w.page("CT400/Alarms/Greek/1.html");
+    test::writeText(path, "<html><body>Written by the customer</body></html>");
+    activate();
+    EXPECT_TRUE(destination(1)->isReadOnly() && destination(3)->isReadOnly());
+    EXPECT_EQ(destination(1)->toPlainText(), "HTML file modified by Costumer.");
+    EXPECT_EQ(destination(3)->toPlainText(), "To reset original values delete file " + path + "!");
+    destination(3)->setFocus();
+    typeText(destination(3), "ignored");
+    QTest::keyClick(destination(3), Qt::Key_Tab);
+    EXPECT_EQ(greek("Function", 1).left(8), "Η αποθήκ");
+
+    QFile::remove(path);
+    activate();
+    EXPECT_FALSE(destination(3)->isReadOnly());
+    EXPECT_EQ(destination(1)->toPlainText(), "Αποθήκη κουτιών");
+}
+
+TEST_F(EditorWindowTest, CtrlJGoesToTheNextUntranslatedItemFromAnyBox)
+{
+    destination(3)->setFocus();
+    QTest::keyClick(destination(3), Qt::Key_J, Qt::ControlModifier);
+    EXPECT_EQ(find<QComboBox>("ComboIndex")->currentText(), "2");
+    typeInto(destination(3), "Υπερφόρτωση");
+    QTest::keyClick(destination(3), Qt::Key_K, Qt::ControlModifier); // stores first, then finds none left
+    EXPECT_EQ(greek("Function", 2), "Υπερφόρτωση");
+    EXPECT_EQ(window->statusBar()->currentMessage(), "Every item with a source text is translated");
+}
+
+TEST_F(EditorWindowTest, RenameRefusesADuplicateName)
+{
+    MachineSelectionForm dialog(w.t.ctx, window->logic().selection(), window);
+    w.t.ui.push(QString("FL220"));
+    QTest::mouseClick(dialog.findChild<QPushButton *>("CommandRename"), Qt::LeftButton);
+    EXPECT_EQ(w.t.ui.messageTexts(), QStringList{"A machine named \"FL220\" already exists."});
+    EXPECT_EQ(w.value("SELECT count(*) FROM AlarmDefinition WHERE MachineType = 'CT400'"), "256");
+}
+
+TEST_F(EditorWindowTest, EscStopsAPageRunBetweenPages)
+{
+    w.t.ui.push(1);           // dlgSelectHTMLOption: all kinds
+    w.t.ui.push(Answer::Yes); // abort
+    QKeyEvent *esc = new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+    QCoreApplication::postEvent(window, esc); // the boxes are disabled while pages are written
+    window->menuAction(Ctl::MenuGenerateHelpHTML)->trigger();
+    ASSERT_GE(w.t.ui.shown.size(), 2u);
+    EXPECT_EQ(w.t.ui.shown[1].title, "Abort writing HTML-files?");
+    EXPECT_TRUE(w.t.ctx.state.htmlRunFailed); // cut short
+    EXPECT_FALSE(QFile::exists(w.page("FL220/MaterialChange/English/1.html")));
+    EXPECT_TRUE(window->menuBar()->isEnabled() && window->centralWidget()->isEnabled());
+}
+
+} // namespace
+} // namespace ht
