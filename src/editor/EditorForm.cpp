@@ -11,6 +11,7 @@
 #include "database/Database.h"
 #include "database/HelpTextDatabase.h"
 #include "editor/EditorKinds.h"
+#include "editor/EventsHeld.h"
 #include "editor/LoadingGuard.h"
 #include "html/HelpDirectory.h"
 #include "startup/FormSwitch.h"
@@ -596,13 +597,19 @@ void EditorForm::Form_Unload(bool &cancel)
     }
 }
 
-// Runs page generation with the form closed to everything but Esc; a close
-// asked for meanwhile happens once the run is over.
-void EditorForm::runPages(const std::function<void()> &run)
+// Runs page generation: whole kinds with the form closed to everything but
+// Esc, a single page without taking window events at all. A close asked for
+// meanwhile happens once the run is over.
+void EditorForm::runPages(bool wholeKinds, const std::function<void()> &run)
 {
-    view.setBusy(true);
-    run();
-    view.setBusy(false);
+    if (wholeKinds) {
+        view.setBusy(true);
+        run();
+        view.setBusy(false);
+    } else {
+        EventsHeld held(ctx);
+        run();
+    }
     if (m_closeWhenRunEnds) {
         m_closeWhenRunEnds = false;
         view.closeForm();

@@ -114,7 +114,7 @@ class EditorForm
     bool mayReplaceInput();
     void restoreShownSelection();
     void rebuild();
-    void runPages(const std::function<void()> &run);
+    void runPages(bool wholeKinds, const std::function<void()> &run);
     void lockDestination(bool locked);
     void setTextBoxes(Ctl side, const QStringList &texts);
     QStringList readTexts(Database &db, const QString &language) const;

@@ -25,7 +25,7 @@ void EditorForm::MenuGenerateHelpHTML_Click()
         bool warnings = option == 2 || k == KindWarnings;
         // A database without material-change tables has no such pages.
         bool materialChange = (option == 2 || k == KindMaterialChange) && ctx.state.materialChangePresent;
-        runPages([&] {
+        runPages(true, [&] {
             WriteHTMLPage(ctx, view.statusTarget(), alarms, warnings, materialChange, QString(), QString(), 0);
         });
         refreshStatus(); // the run's progress texts gave way to nothing

@@ -9,13 +9,13 @@
 #include "database/Database.h"
 #include "database/LanguageLookup.h"
 #include "editor/EditorKinds.h"
+#include "editor/EventsHeld.h"
 #include "editor/KeyboardLayouts.h"
 #include "editor/LoadingGuard.h"
 #include "html/HtmlTextFile.h"
 #include "html/SafePathName.h"
 
 #include <cmath>
-#include <functional>
 #include <optional>
 
 namespace ht
@@ -202,11 +202,11 @@ void EditorForm::Destination_Read()
         if (itemNumber() == 0 || name.isEmpty() || ctx.state.helpTextDB.isEmpty())
             return;
         const QString path = pagePath();
-        // Reading one page is quick: no window event may come in halfway through showing an item.
-        std::function<void()> events = std::exchange(ctx.processEvents, nullptr);
-        const QStringList page =
-            path.isEmpty() ? QStringList{QStringLiteral("-1")} : GetTextFileHTML(ctx, path, false, true);
-        ctx.processEvents = std::move(events);
+        QStringList page{QStringLiteral("-1")};
+        if (!path.isEmpty()) {
+            EventsHeld held(ctx); // reading one page is quick: no event comes in halfway through an item
+            page = GetTextFileHTML(ctx, path, false, true);
+        }
         const bool generatedOrNone =
             page.size() == 1 && (page.first() == QLatin1String("-1") || page.first().isEmpty());
         if (!generatedOrNone) {

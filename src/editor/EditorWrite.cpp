@@ -45,17 +45,17 @@ void EditorForm::TextDestination_LostFocus(int index)
 {
     try {
         (void)index;
-        if (m_dirty) {
-            int result = -1;
-            DataBase_Write(result);
-            if (result == 1)
-                InitHTML_Write();
-        }
+        if (!m_dirty)
+            return;
+        int result = -1;
+        DataBase_Write(result);
         // Text that could not be stored stays pending: it is tried again, never dropped.
         if (!m_writeFailed) {
             m_dirty = false;
             m_pendingFocus = 0;
         }
+        if (result == 1)
+            InitHTML_Write();
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("TextDestination_LostFocus"), e);
     }
@@ -201,7 +201,9 @@ void EditorForm::InitHTML_Write()
             itemNumber() == 0)
             return;
         bool alarms = k == KindAlarms, warnings = k == KindWarnings, materialChange = k == KindMaterialChange;
-        runPages([&] {
+        // One page is quick: the form takes no events meanwhile, rather than
+        // being closed to them with the focus taken from the box it is in.
+        runPages(false, [&] {
             WriteHTMLPage(ctx, view.statusTarget(), alarms, warnings, materialChange, machine, language, itemNumber());
         });
         refreshStatus();

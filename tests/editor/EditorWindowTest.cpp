@@ -82,6 +82,8 @@ TEST_F(EditorWindowTest, ALeftBoxIsStoredAndItsPageWritten)
     typeInto(destination(3), "Νέα εξήγηση 😀");
     QTest::keyClick(destination(3), Qt::Key_Tab); // on to the definition boxes
     EXPECT_EQ(greek("Function", 1), "Νέα εξήγηση 😀");
+    EXPECT_EQ(QApplication::focusWidget(), find<QLineEdit>("TextDefinition1")); // writing the page took no focus
+    EXPECT_TRUE(window->centralWidget()->isEnabled());
     const QByteArray page = test::readFileBytes(w.page("CT400/Alarms/Greek/1.html"));
     EXPECT_TRUE(QString::fromUtf16(reinterpret_cast<const char16_t *>(page.constData()), page.size() / 2)
                     .contains("Νέα εξήγηση"));
