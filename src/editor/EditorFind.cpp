@@ -158,7 +158,7 @@ void EditorForm::refreshStatus()
                     QStringLiteral("translated %1 of %2").arg(rs.value(1).toLongLong()).arg(rs.value(0).toLongLong());
             }
         }
-        setStatus(text);
+        view.setText(Ctl::LabelTranslated, text);
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("refreshStatus"), e);
     }

@@ -618,7 +618,6 @@ void EditorForm::runPages(bool wholeKinds, const std::function<void()> &run)
 
 void EditorForm::setStatus(const QString &text)
 {
-    m_statusText = text;
     if (StatusTarget *status = view.statusTarget())
         status->setStatusText(text);
 }

@@ -101,7 +101,6 @@ class EditorForm
     long itemID() const;    // its database ID
     bool destinationEditable() const { return m_destinationEditable; }
     bool hasUnsavedInput() const { return m_dirty; }
-    QString statusText() const { return m_statusText; } // "translated n of m" while idle
 
   private:
     friend class LoadingGuard;
@@ -127,7 +126,7 @@ class EditorForm
     void findUntranslated(int direction);
     QList<int> untranslatedNumbers();
     void refreshStatus();
-    void setStatus(const QString &text);
+    void setStatus(const QString &text); // a passing hint in the status line
 
     Context &ctx;
     EditorView &view;
@@ -147,7 +146,6 @@ class EditorForm
     std::array<QString, 4> m_definitionRead; // Sensor, Cam, CPU, Rejects as read
     // What the boxes show, so that a refused change can go back to it.
     QString m_shownNumber, m_shownSource, m_shownDestination;
-    QString m_statusText;
 };
 
 } // namespace ht

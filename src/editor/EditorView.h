@@ -28,6 +28,7 @@ enum class Ctl {
     LabelTestVersion,
     LabelFontError,
     LabelKeyboardLayout, // the layout to type the destination language with
+    LabelTranslated,     // in the status line: "translated n of m"
     MenuAlarms,
     MenuWarnings,
     MenuMaterialChange,

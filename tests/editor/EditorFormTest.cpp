@@ -61,7 +61,7 @@ TEST_F(Editor, ShowsTheItemInBothLanguagesWithTheDestinationsLayout)
     EXPECT_EQ(view.shown(Ctl::TextDefinition, 1), "B1/B2"); // definitions keep their separators
     EXPECT_EQ(view.at(Ctl::TextDestination, 3).font, (BoxFont{"Arial", 10, 400}));
     EXPECT_TRUE(view.keyboard.contains("Greek (00000408, X11 layout \"gr\")")) << qPrintable(view.keyboard);
-    EXPECT_EQ(view.status.text, "translated 1 of 2");
+    EXPECT_EQ(view.shown(Ctl::LabelTranslated), "translated 1 of 2");
 
     form.MenuWarnings_Click();
     EXPECT_FALSE(view.at(Ctl::TextDestination, 1).visible || view.at(Ctl::FrameDef).visible);
@@ -265,7 +265,7 @@ TEST_F(Editor, UntranslatedItemsAreFoundAndCounted)
     EXPECT_EQ(view.shown(Ctl::ComboIndex), "2"); // the only one, found from either side
     type(Ctl::TextDestination, 3, "Υπερφόρτωση");
     leave();
-    EXPECT_EQ(view.status.text, "translated 2 of 2");
+    EXPECT_EQ(view.shown(Ctl::LabelTranslated), "translated 2 of 2");
     form.MenuNextUntranslated_Click();
     EXPECT_EQ(view.status.text, "Every item with a source text is translated");
 }

@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QFile>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -87,7 +88,7 @@ TEST_F(EditorWindowTest, ALeftBoxIsStoredAndItsPageWritten)
     const QByteArray page = test::readFileBytes(w.page("CT400/Alarms/Greek/1.html"));
     EXPECT_TRUE(QString::fromUtf16(reinterpret_cast<const char16_t *>(page.constData()), page.size() / 2)
                     .contains("Νέα εξήγηση"));
-    EXPECT_EQ(window->statusBar()->currentMessage(), "translated 1 of 2");
+    EXPECT_EQ(find<QLabel>("LabelTranslated")->text(), "translated 1 of 2");
 }
 
 TEST_F(EditorWindowTest, OpeningAMenuStoresTheTextFirst)

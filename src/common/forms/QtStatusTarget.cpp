@@ -27,8 +27,10 @@ QtStatusTarget::QtStatusTarget(QWidget *form, QStatusBar *statusBar)
 
 void QtStatusTarget::setStatusText(const QString &text)
 {
-    if (m_statusBar)
-        m_statusBar->showMessage(text);
+    if (!m_statusBar)
+        return;
+    m_statusBar->showMessage(text);
+    relayout();
 }
 
 void QtStatusTarget::setPanelText(const QString &text)
@@ -150,8 +152,12 @@ void QtStatusTarget::relayout()
     if (!m_statusBar)
         return;
     const int height = std::max(8, m_statusBar->height() - 6);
-    m_bar->setGeometry(m_left / kTwipsPerPixel, (m_statusBar->height() - height) / 2,
-                       std::max(0, m_width / kTwipsPerPixel), height);
+    // A text longer than the one the bar was placed for pushes it right: the
+    // text that changes with every step is what shows a long run moving.
+    const int textEnd = m_statusBar->fontMetrics().horizontalAdvance(m_statusBar->currentMessage()) + 12;
+    const int left = std::max(m_left / kTwipsPerPixel, textEnd);
+    const int right = (m_left + m_width) / kTwipsPerPixel;
+    m_bar->setGeometry(left, (m_statusBar->height() - height) / 2, std::max(0, right - left), height);
 }
 
 } // namespace ht

@@ -138,6 +138,11 @@ EditorWindow::EditorWindow(Context &ctx, StartupSession &session) : m_ctx(ctx), 
     setCentralWidget(central);
 
     m_status = std::make_unique<QtStatusTarget>(this, statusBar());
+    // Kept apart from the passing messages, which the menus' hints wipe out.
+    m_labelTranslated = new QLabel(this);
+    m_labelTranslated->setObjectName(QStringLiteral("LabelTranslated"));
+    m_labelTranslated->setAccessibleName(QStringLiteral("Translated items"));
+    statusBar()->addPermanentWidget(m_labelTranslated);
     buildMenus();
     connectEvents();
 
@@ -432,6 +437,8 @@ QWidget *EditorWindow::widget(Ctl c, int index) const
         return m_labelFontError;
     case Ctl::LabelKeyboardLayout:
         return m_labelKeyboard;
+    case Ctl::LabelTranslated:
+        return m_labelTranslated;
     default:
         return nullptr;
     }

@@ -83,7 +83,8 @@ class EditorWindow : public QMainWindow, public EditorView
     std::array<QPlainTextEdit *, 4> m_textSource{}, m_textDestination{}; // 1..3
     std::array<QLineEdit *, 5> m_textDefinition{};                       // 1..4
     std::array<QLabel *, 4> m_labelSource{}, m_labelDestination{};       // 1..3
-    QLabel *m_labelItem, *m_labelDefinition, *m_labelMachine, *m_labelTestVersion, *m_labelFontError, *m_labelKeyboard;
+    QLabel *m_labelItem, *m_labelDefinition, *m_labelMachine, *m_labelTestVersion, *m_labelFontError, *m_labelKeyboard,
+        *m_labelTranslated;
     QGroupBox *m_frameDef;
     QMap<Ctl, QAction *> m_actions;
     std::unique_ptr<QtStatusTarget> m_status;

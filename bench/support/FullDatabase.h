@@ -1,0 +1,15 @@
+#pragma once
+// A full help-text database for the benchmarks: five machines of 256 alarms,
+// 256 warnings and 1000 material-change items, with texts in `languages`
+// languages named "LANGUAGE 1", ... and machines named "Machine 1", ...
+
+#include <QString>
+
+namespace ht::bench
+{
+
+void makeFullDatabase(const QString &path, int languages);
+QString schemaScript(const char *name); // a script of src/database/schema
+QString templatesDir();                 // samples/templates
+
+} // namespace ht::bench
