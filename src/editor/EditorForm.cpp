@@ -96,6 +96,11 @@ void EditorForm::Form_Load()
         const bool noMachine = m_selection.machine.isEmpty() || m_selection.machine == QLatin1String("-1");
         view.setText(Ctl::LabelMachine, noMachine ? QStringLiteral("No machines") : m_selection.machine);
         SetMenuState();
+        // Without a database only choosing one, the help directory, Info and Exit make sense.
+        const bool connected = !s.helpTextDB.isEmpty();
+        for (Ctl menu : {Ctl::MenuGenerateHelpHTML, Ctl::MenuMachineSelection, Ctl::MenuLanguage,
+                         Ctl::MenuNextUntranslated, Ctl::MenuPreviousUntranslated, Ctl::MenuGoToItem})
+            view.setEnabled(menu, connected);
         GetMachineFirstIndex();
         view.setCaption(QStringLiteral("Helptext editor ") + kind().word + QStringLiteral(" - connected to ") +
                         s.helpTextDB);

@@ -60,6 +60,8 @@ void MachineSelectionDialog::ComboExistingMachines_Act()
 {
     try {
         view.setMachines({});
+        if (ctx.state.helpTextDB.isEmpty())
+            return;
         auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadOnly);
         QStringList names;
         // "0" marks the free rows: it is never a machine.

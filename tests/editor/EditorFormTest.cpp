@@ -68,6 +68,32 @@ TEST_F(Editor, ShowsTheItemInBothLanguagesWithTheDestinationsLayout)
     EXPECT_EQ(view.shown(Ctl::LabelDestination, 3), "Function");
     EXPECT_FALSE(view.at(Ctl::MenuWarnings).enabled);
     EXPECT_EQ(view.shown(Ctl::TextDestination, 3), "Χαμηλή στάθμη κόλλας.");
+
+    // A language without font specification is shown in English's, and says so.
+    EXPECT_FALSE(view.at(Ctl::LabelFontError).visible);
+    w.exec("UPDATE Language SET Font = NULL WHERE Name = 'Greek'");
+    w.exec("UPDATE Language SET Font = 'Times New Roman 12 700' WHERE Name = 'English'");
+    form.MenuAlarms_Click();
+    EXPECT_EQ(view.at(Ctl::TextDestination, 1).font, (BoxFont{"Times New Roman", 12, 700}));
+    EXPECT_TRUE(view.at(Ctl::LabelFontError).visible);
+}
+
+TEST_F(Editor, WithoutADatabaseTheFormWaitsForOne)
+{
+    w.t.ctx.state.helpTextDB.clear();
+    test::writeText(w.t.ctx.state.iniPath, "[Setup]\nStandardHelpTextDB=" + w.t.path("gone.mdb") + "\n");
+    ui.push(std::monostate{}); // the file dialog cancelled
+    open();
+    EXPECT_EQ(view.shown(Ctl::LabelMachine), "No machines");
+    EXPECT_FALSE(view.at(Ctl::MenuGenerateHelpHTML).enabled || view.at(Ctl::MenuMachineSelection).enabled);
+    EXPECT_TRUE(view.at(Ctl::MenuChangeDatabase).enabled);
+    EXPECT_EQ(ui.messageTexts(), QStringList());
+
+    ui.push(w.db());
+    form.MenuChangeDatabase_Click();
+    EXPECT_EQ(view.shown(Ctl::LabelMachine), "CT400");
+    EXPECT_EQ(view.shown(Ctl::TextSource, 1), "Carton magazine");
+    EXPECT_TRUE(view.at(Ctl::MenuGenerateHelpHTML).enabled);
 }
 
 TEST_F(Editor, StoredSlashesShowAsLineBreaks)
