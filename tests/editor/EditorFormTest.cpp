@@ -118,6 +118,9 @@ TEST_F(Editor, TypedItemNumbersAreCorrected)
     }
     go("2");
     EXPECT_EQ(view.shown(Ctl::TextSource, 1), "Main drive\r\nBrake"); // every key press shows the item
+    ui.push(QString("999"));                                          // Ctrl+G corrects the same way
+    form.MenuGoToItem_Click();
+    EXPECT_EQ(view.shown(Ctl::ComboIndex), "256");
 }
 
 TEST_F(Editor, MaterialChangeIsNumberedFromTheMachinesFirstAlarm)

@@ -175,9 +175,11 @@ std::optional<int> QtUserInterface::chooseOption(const QString &name, const QStr
     dialog.setAccessibleName(title);
     auto *layout = new QVBoxLayout(&dialog);
     auto *group = new QButtonGroup(&dialog);
+    // "dlgSelectHTMLOption" has the option group "OptionSelectHTMLOption".
+    const QString groupName = QStringLiteral("Option") + (name.startsWith(QLatin1String("dlg")) ? name.mid(3) : name);
     for (qsizetype i = 0; i < options.size(); ++i) {
         auto *option = new QRadioButton(options[i], &dialog);
-        option->setObjectName(QStringLiteral("Option%1").arg(i + 1));
+        option->setObjectName(groupName + QString::number(i + 1));
         option->setAccessibleName(options[i]);
         option->setChecked(i == 0);
         group->addButton(option, int(i));
