@@ -91,6 +91,8 @@ void EditorForm::Form_Load()
         const long count = s.maxItems[s.currentKind];
         if (count > 0 && itemNumber() > count)
             view.setText(Ctl::ComboIndex, QString::number(count));
+        else if (itemNumber() < 1)
+            view.setText(Ctl::ComboIndex, QStringLiteral("1"));
         chooseLanguages();
 
         const bool noMachine = m_selection.machine.isEmpty() || m_selection.machine == QLatin1String("-1");

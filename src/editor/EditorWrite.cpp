@@ -180,7 +180,7 @@ void EditorForm::reportWriteFailure(const QString &procedure, const QString &rea
     m_writeFailed = true;
     const QString what = view.text(Ctl::ComboLanguageDestination) + QStringLiteral(" text of ") + kind().word +
                          QLatin1Char(' ') + QString::number(itemNumber());
-    LogError(ctx, unexpectedErrorLogLine(0, procedure, what + QStringLiteral(": ") + reason));
+    LogError(ctx, procedure + QStringLiteral(": the ") + what + QStringLiteral(" could not be stored: ") + reason);
     showMessage(ctx,
                 QStringLiteral("The ") + what + QStringLiteral(" could not be stored:") + LFCR + reason + LFCR + LFCR +
                     QStringLiteral("It is still in its box and is stored when you leave the box again."),
