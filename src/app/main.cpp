@@ -1,5 +1,6 @@
 // Entry point of both variants (the variant is fixed per executable, see
 // CompileOption.cpp). Everything the program does starts in the start-up dialog.
+#include "app/ConsoleMain.h"
 #include "common/Context.h"
 #include "common/ScriptedUserInterface.h"
 #include "common/forms/QtUserInterface.h"
@@ -34,6 +35,11 @@ bool nobodyCanAnswer()
 
 int main(int argc, char **argv)
 {
+    // A job for scripts needs no window and no display.
+    int commandExit = 0;
+    if (ht::runProgramCommand(argc, argv, commandExit))
+        return commandExit;
+
     chooseHeadlessPlatformIfNoDisplay();
     QApplication app(argc, argv);
     // Main forms and the start-up dialog decide themselves when the program ends.

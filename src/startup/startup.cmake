@@ -2,6 +2,7 @@
 # variant built without a mode so that the refusal of such a build is testable.
 target_compile_definitions(helptext_startup PRIVATE HELPTEXT_VERSION="${PROJECT_VERSION}")
 
-add_executable(helptext-nomode ${CMAKE_SOURCE_DIR}/src/app/main.cpp ${CMAKE_SOURCE_DIR}/src/app/CompileOption.cpp)
+add_executable(helptext-nomode ${CMAKE_SOURCE_DIR}/src/app/main.cpp ${CMAKE_SOURCE_DIR}/src/app/CompileOption.cpp
+  ${CMAKE_SOURCE_DIR}/src/app/ConsoleMain.cpp)
 target_compile_definitions(helptext-nomode PRIVATE HELPTEXT_COMPILE_OPTION="")
 target_link_libraries(helptext-nomode PRIVATE helptext_forms)

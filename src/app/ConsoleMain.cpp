@@ -1,0 +1,56 @@
+#include "app/ConsoleMain.h"
+
+#include "common/ConsoleUserInterface.h"
+#include "common/Context.h"
+#include "common/IniFile.h"
+#include "startup/CompileOption.h"
+#include "startup/MachinePC.h"
+
+#include <QCoreApplication>
+
+namespace ht
+{
+
+std::vector<ConsoleCommand> programCommands(const QString &mode)
+{
+    std::vector<ConsoleCommand> commands;
+    // The importer's jobs, and the language jobs it shares with the language form.
+    if (mode == QLatin1String("IMPORT")) {
+    }
+    return commands;
+}
+
+bool runProgramCommand(int argc, char **argv, int &exitCode)
+{
+    QStringList args;
+    for (int i = 1; i < argc; ++i)
+        args << QString::fromLocal8Bit(argv[i]);
+    const QString mode = GetCompileOption();
+    const std::vector<ConsoleCommand> commands = programCommands(mode);
+    if (args.isEmpty() || commands.empty())
+        return false;
+    const bool named =
+        args[0] == QLatin1String("--help") || args[0] == QLatin1String("help") ||
+        std::any_of(commands.begin(), commands.end(), [&](const ConsoleCommand &c) { return c.name == args[0]; });
+    if (!named)
+        return false;
+
+    QCoreApplication app(argc, argv);
+    Context ctx;
+    initProgramLocation(ctx);
+    ConsoleUserInterface console;
+    ConsoleStatus status(console);
+    ctx.ui = &console;
+    ctx.state.mode = mode;
+    ctx.state.runningOnMachinePC = GetAppRunningOnMachinePC(ctx);
+    ctx.state.iniPath = ctx.state.runningOnMachinePC ? GetStandardApplicationIni(ctx) : GetStandardUserIni(ctx);
+    ctx.endProgram = [](int code) { throw ProgramEnded{code}; };
+    try {
+        return runConsoleCommand(ctx, commands, args, exitCode);
+    } catch (const ProgramEnded &ended) {
+        exitCode = ended.exitCode == 0 ? kCommandFailed : ended.exitCode;
+        return true;
+    }
+}
+
+} // namespace ht

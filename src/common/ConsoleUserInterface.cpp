@@ -1,0 +1,84 @@
+#include "common/ConsoleUserInterface.h"
+
+namespace ht
+{
+
+namespace
+{
+constexpr qint64 kProgressEveryMs = 250;
+
+// The classic messages break lines as LF CR.
+QString oneLineBreakKind(QString text)
+{
+    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    text.replace(QLatin1String("\n\r"), QLatin1String("\n"));
+    text.remove(QLatin1Char('\r'));
+    return text;
+}
+} // namespace
+
+void ConsoleUserInterface::print(const QString &line)
+{
+    std::fprintf(m_out, "%s\n", oneLineBreakKind(line).toLocal8Bit().constData());
+    std::fflush(m_out);
+}
+
+Answer ConsoleUserInterface::messageBox(const QString &text, Buttons buttons, Icon icon, const QString &title)
+{
+    if (buttons != Buttons::OK) {
+        const std::optional<Answer> given = answer ? answer(text, buttons) : std::nullopt;
+        const Answer a = given.value_or(defaultAnswer(buttons));
+        print(text + QStringLiteral(" -> ") +
+              QLatin1String(a == Answer::Yes     ? "yes"
+                            : a == Answer::No    ? "no"
+                            : a == Answer::OK    ? "ok"
+                            : a == Answer::Retry ? "retry"
+                                                 : "cancel"));
+        return a;
+    }
+    if (icon == Icon::Critical || icon == Icon::Exclamation)
+        ++m_failures;
+    print(title.isEmpty() ? text : title + QStringLiteral(": ") + text);
+    return Answer::OK;
+}
+
+std::optional<QString> ConsoleUserInterface::inputBox(const QString &prompt, const QString &, const QString &)
+{
+    print(prompt + QStringLiteral(" -> no answer"));
+    return std::nullopt;
+}
+
+std::optional<OpenFileChoice> ConsoleUserInterface::openFile(const QString &title, const QString &, const QString &)
+{
+    ++m_failures; // a file the command line did not name cannot be picked
+    print(title + QStringLiteral(": no file given"));
+    return std::nullopt;
+}
+
+std::optional<QString> ConsoleUserInterface::chooseDirectory(const QString &title, const QString &)
+{
+    ++m_failures;
+    print(title + QStringLiteral(": no directory given"));
+    return std::nullopt;
+}
+
+std::optional<int> ConsoleUserInterface::chooseScreenWidth(int)
+{
+    return std::nullopt;
+}
+
+std::optional<int> ConsoleUserInterface::chooseOption(const QString &, const QString &, const QStringList &)
+{
+    return std::nullopt;
+}
+
+void ConsoleStatus::setStatusText(const QString &t)
+{
+    HeadlessStatus::setStatusText(t);
+    if (t.isEmpty() || (m_sincePrinted.isValid() && m_sincePrinted.elapsed() < kProgressEveryMs))
+        return;
+    m_sincePrinted.start();
+    m_ui.print(t.trimmed());
+}
+
+} // namespace ht

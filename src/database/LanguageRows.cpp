@@ -1,0 +1,57 @@
+#include "database/LanguageRows.h"
+
+#include "database/Database.h"
+
+namespace ht
+{
+
+namespace
+{
+
+// Every definition row without a text row in the language gets one.
+long addMissing(Database &db, const QString &definition, const QString &id, const QString &text, const QString &textId,
+                const QString &fields, qlonglong language)
+{
+    QString empties;
+    for (qsizetype i = 0, n = fields.count(u',') + 1; i < n; ++i)
+        empties += QStringLiteral(", ''");
+    return db.exec(QStringLiteral("INSERT INTO %3 (%4, Language, %5) SELECT d.%2, ?%6 FROM %1 d "
+                                  "WHERE NOT EXISTS (SELECT 1 FROM %3 t WHERE t.%4 = d.%2 AND t.Language = ?)")
+                       .arg(definition, id, text, textId, fields, empties),
+                   {language, language});
+}
+
+} // namespace
+
+LanguageRowsAdded addLanguageTextRows(Database &db, qlonglong language, bool materialChange,
+                                      const std::function<void(const QString &kind)> &progress)
+{
+    const auto tell = [&](const char *kind) {
+        if (progress)
+            progress(QLatin1String(kind));
+    };
+    LanguageRowsAdded added;
+    tell("Alarms");
+    added.alarms =
+        addMissing(db, QStringLiteral("AlarmDefinition"), QStringLiteral("AlarmID"), QStringLiteral("AlarmText"),
+                   QStringLiteral("Alarm_ID"), QStringLiteral("Device, Result, Function"), language);
+    tell("Warnings");
+    added.warnings =
+        addMissing(db, QStringLiteral("WarningDefinition"), QStringLiteral("WarningID"), QStringLiteral("WarningText"),
+                   QStringLiteral("Warning_ID"), QStringLiteral("Function"), language);
+    if (materialChange) {
+        tell("MaterialChange");
+        added.materialChanges = addMissing(db, QStringLiteral("MaterialChangeDefinition"),
+                                           QStringLiteral("MaterialChangeID"), QStringLiteral("MaterialChangeText"),
+                                           QStringLiteral("MaterialChange_ID"), QStringLiteral("Text"), language);
+    }
+    tell("Descriptions");
+    for (int d = 1; d <= kDescriptionRows; ++d)
+        added.descriptions += db.exec(
+            QStringLiteral("INSERT INTO Discription (DiscriptionID, Language, Text) SELECT ?, ?, '' "
+                           "WHERE NOT EXISTS (SELECT 1 FROM Discription WHERE DiscriptionID = ? AND Language = ?)"),
+            {d, language, d, language});
+    return added;
+}
+
+} // namespace ht

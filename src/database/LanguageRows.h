@@ -1,0 +1,26 @@
+#pragma once
+// The text rows a language needs in a help-text database: one per definition
+// row of every kind present, and the eight description rows. Rows already
+// there keep their texts, so making them again repairs without losing work.
+
+#include <QString>
+#include <functional>
+
+namespace ht
+{
+
+class Database;
+
+struct LanguageRowsAdded {
+    long alarms = 0, warnings = 0, materialChanges = 0, descriptions = 0;
+};
+
+// Adds the missing rows of `language` (empty texts). `progress` is told which
+// kind is being built ("Alarms", "Warnings", "MaterialChange",
+// "Descriptions"). Runs inside the caller's transaction, if there is one.
+LanguageRowsAdded addLanguageTextRows(Database &db, qlonglong language, bool materialChange,
+                                      const std::function<void(const QString &kind)> &progress = {});
+
+constexpr int kDescriptionRows = 8; // Discription IDs 1 to 8 per language
+
+} // namespace ht
