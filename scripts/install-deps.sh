@@ -6,7 +6,7 @@ PACKAGES=(
   build-essential cmake pkg-config ccache
   qt6-base-dev libqt6sql6-sqlite qt6-qpa-plugins libgl-dev
   libgtest-dev libbenchmark-dev
-  mdbtools-dev libglib2.0-dev libfreexl-dev
+  mdbtools-dev libglib2.0-dev libgsf-1-dev
   fonts-liberation fontconfig
   sqlite3 libsqlite3-dev
 )

@@ -3,6 +3,7 @@
 #include "common/ConsoleUserInterface.h"
 #include "common/Context.h"
 #include "common/IniFile.h"
+#include "importer/ImportCommands.h"
 #include "startup/CompileOption.h"
 #include "startup/MachinePC.h"
 
@@ -16,6 +17,8 @@ std::vector<ConsoleCommand> programCommands(const QString &mode)
     std::vector<ConsoleCommand> commands;
     // The importer's jobs, and the language jobs it shares with the language form.
     if (mode == QLatin1String("IMPORT")) {
+        for (ConsoleCommand &c : importerCommands())
+            commands.push_back(std::move(c));
     }
     return commands;
 }

@@ -55,6 +55,13 @@ std::optional<OpenFileChoice> ConsoleUserInterface::openFile(const QString &titl
     return std::nullopt;
 }
 
+std::optional<QString> ConsoleUserInterface::saveFile(const QString &title, const QString &, const QString &)
+{
+    ++m_failures;
+    print(title + QStringLiteral(": no file given"));
+    return std::nullopt;
+}
+
 std::optional<QString> ConsoleUserInterface::chooseDirectory(const QString &title, const QString &)
 {
     ++m_failures;

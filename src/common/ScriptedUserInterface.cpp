@@ -43,6 +43,16 @@ std::optional<OpenFileChoice> ScriptedUserInterface::openFile(const QString &tit
     return std::nullopt;
 }
 
+std::optional<QString> ScriptedUserInterface::saveFile(const QString &title, const QString &filter,
+                                                       const QString &startPath)
+{
+    (void)startPath;
+    shown.push_back({QStringLiteral("saveFile"), filter, title});
+    if (auto r = next(); r && std::holds_alternative<QString>(*r))
+        return std::get<QString>(*r);
+    return std::nullopt;
+}
+
 std::optional<QString> ScriptedUserInterface::chooseDirectory(const QString &title, const QString &preset)
 {
     shown.push_back({QStringLiteral("chooseDirectory"), preset, title});

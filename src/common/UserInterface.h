@@ -27,6 +27,8 @@ public:
     // filter uses the classic "Description|*.ext|Description|*.ext" form.
     virtual std::optional<OpenFileChoice> openFile(const QString &title, const QString &filter,
                                                    const QString &startPath) = 0;
+    // A file to write: existing or new; "" is never returned.
+    virtual std::optional<QString> saveFile(const QString &title, const QString &filter, const QString &startPath) = 0;
     virtual std::optional<QString> chooseDirectory(const QString &title, const QString &preset) = 0;
     // Screen width in pixels for page layout when not on the machine PC.
     virtual std::optional<int> chooseScreenWidth(int preset) = 0;

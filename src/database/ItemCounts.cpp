@@ -7,6 +7,7 @@
 #include "database/HelpTextDatabase.h"
 
 #include <cmath>
+#include <vector>
 
 namespace ht
 {
@@ -96,6 +97,39 @@ bool GetDBSysMaxLenItems(Context &ctx, const QString &databasePath)
         reportUnexpected(ctx, QStringLiteral("GetDBSysMaxLenItems"), e);
     }
     return tableFound;
+}
+
+namespace
+{
+
+// The kinds whose blocks are shorter than their count.
+std::vector<const KindTable *> tooShort(Context &ctx, Database &db)
+{
+    std::vector<const KindTable *> kinds;
+    for (const KindTable &k : kKindTables) {
+        const QString table = QString::fromLatin1(k.table);
+        if (!db.hasTable(table))
+            continue;
+        const long long rows = db.query(QStringLiteral("SELECT COUNT(*) FROM ") + table).value(0).toLongLong();
+        if (double(rows) / kBlocks < double(ctx.state.maxItems[k.kind]))
+            kinds.push_back(&k);
+    }
+    return kinds;
+}
+
+} // namespace
+
+bool dbLengthTooShort(Context &ctx, Database &db)
+{
+    return !tooShort(ctx, db).empty();
+}
+
+bool correctDBLengthIn(Context &ctx, Database &db)
+{
+    const std::vector<const KindTable *> kinds = tooShort(ctx, db);
+    for (const KindTable *k : kinds)
+        correctItemLengthIn(db, QString::fromLatin1(k->word), ctx.state.maxItems[k->kind]);
+    return !kinds.empty();
 }
 
 long CorrectDBLength(Context &ctx, const QString &databasePath)

@@ -23,4 +23,13 @@ long CorrectDBLength(Context &ctx, const QString &databasePath);
 long CorrectItemLenth(Context &ctx, const QString &kindWord, long &count);
 long CorrectItemLenth(Context &ctx, const QString &databasePath, const QString &kindWord, long &count);
 
+class Database;
+// The same check and rebuilds on `db` inside the caller's transaction, with no
+// backup of their own: for jobs whose transaction is their way back. True
+// when a table was rebuilt; throws DbError when a rebuild cannot be done.
+bool correctDBLengthIn(Context &ctx, Database &db);
+// Whether correctDBLengthIn would rebuild a table (for a backup beforehand).
+bool dbLengthTooShort(Context &ctx, Database &db);
+void correctItemLengthIn(Database &db, const QString &kindWord, long count);
+
 } // namespace ht

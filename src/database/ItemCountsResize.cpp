@@ -139,6 +139,16 @@ void rebuild(Database &db, const KindTables &t, long count)
 
 } // namespace
 
+void correctItemLengthIn(Database &db, const QString &kindWord, long count)
+{
+    const auto tables = tablesOf(kindWord);
+    if (!tables)
+        throw DbError(("Unknown kind of item: " + kindWord).toStdString());
+    if (count <= 0)
+        throw DbError(("No rows to make for a count of " + QString::number(count)).toStdString());
+    rebuild(db, *tables, count);
+}
+
 long CorrectItemLenth(Context &ctx, const QString &kindWord, long &count)
 {
     return CorrectItemLenth(ctx, ctx.state.helpTextDB, kindWord, count);
@@ -147,13 +157,8 @@ long CorrectItemLenth(Context &ctx, const QString &kindWord, long &count)
 long CorrectItemLenth(Context &ctx, const QString &databasePath, const QString &kindWord, long &count)
 {
     try {
-        const auto tables = tablesOf(kindWord);
-        if (!tables)
-            throw DbError(("Unknown kind of item: " + kindWord).toStdString());
-        if (count <= 0)
-            throw DbError(("No rows to make for a count of " + QString::number(count)).toStdString());
         auto db = Database::open(databasePath, Database::Mode::ReadWrite);
-        rebuild(*db, *tables, count);
+        correctItemLengthIn(*db, kindWord, count);
         return count;
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("CorrectItemLenth"), e);

@@ -13,7 +13,7 @@
 #include "editor/KeyboardLayouts.h"
 #include "editor/LoadingGuard.h"
 #include "html/HtmlTextFile.h"
-#include "html/SafePathName.h"
+#include "common/SafePathName.h"
 
 #include <cmath>
 #include <optional>

@@ -5,8 +5,8 @@
 #include "common/Messages.h"
 #include "database/Database.h"
 #include "database/HelpTextDatabase.h"
+#include "database/Machines.h"
 #include "editor/EditorForm.h"
-#include "html/SafePathName.h"
 
 namespace ht
 {
@@ -15,29 +15,6 @@ namespace
 {
 
 const QString Q = QStringLiteral("\"");
-
-QStringList definitionTables(const Context &ctx)
-{
-    QStringList tables{QStringLiteral("Alarm"), QStringLiteral("Warning")};
-    if (ctx.state.materialChangePresent)
-        tables << QStringLiteral("MaterialChange");
-    return tables;
-}
-
-// An older help-text database keeps machine types in a number column.
-bool onlyNumbersAllowed(Database &db, const QStringList &tables)
-{
-    for (const QString &t : tables) {
-        for (const ColumnInfo &c : db.columns(t + QStringLiteral("Definition"))) {
-            if (c.name.compare(QLatin1String("MachineType"), Qt::CaseInsensitive) != 0)
-                continue;
-            for (const char *numeric : {"INT", "REAL", "FLOA", "DOUB", "NUM", "DEC"})
-                if (c.type.contains(QLatin1String(numeric)))
-                    return true;
-        }
-    }
-    return false;
-}
 
 } // namespace
 
@@ -139,25 +116,26 @@ void MachineSelectionDialog::CommandRename_Click()
 
 bool MachineSelectionDialog::renameRefused(const QString &oldName, const QString &newName)
 {
-    QString refusal;
     QStringList machines;
     GetMachineList(ctx, machines);
-    if (newName.isEmpty()) {
+    QString refusal;
+    switch (machineNameProblem(newName, machines, oldName)) {
+    case MachineNameProblem::None:
+        return false;
+    case MachineNameProblem::Empty:
         refusal = QStringLiteral("No new name entered, action cancelled!");
-    } else if (newName == QLatin1String("0")) {
+        break;
+    case MachineNameProblem::FreeRowsMark:
         refusal = QStringLiteral("The name \"0\" marks free rows and cannot name a machine.");
-    } else if (!isSafePathName(newName)) {
+        break;
+    case MachineNameProblem::NotAFolderName:
         refusal = QStringLiteral("The name ") + Q + newName + Q +
                   QStringLiteral(" cannot name a machine: its help pages are kept in a folder of that name.");
-    } else {
-        // Machine names are compared without case, as the database does: "ct400"
-        // would be the same machine as "CT400". Only the machine itself may change its case.
-        for (const QString &m : machines)
-            if (m.compare(newName, Qt::CaseInsensitive) == 0 && m.compare(oldName, Qt::CaseInsensitive) != 0)
-                refusal = QStringLiteral("A machine named ") + Q + newName + Q + QStringLiteral(" already exists.");
+        break;
+    case MachineNameProblem::Exists:
+        refusal = QStringLiteral("A machine named ") + Q + newName + Q + QStringLiteral(" already exists.");
+        break;
     }
-    if (refusal.isEmpty())
-        return false;
     showMessage(ctx, refusal, Buttons::OK, Icon::Exclamation, QStringLiteral("Rename machine"));
     return true;
 }
@@ -166,28 +144,19 @@ bool MachineSelectionDialog::renameRefused(const QString &oldName, const QString
 // everywhere or nowhere.
 void MachineSelectionDialog::rename(const QString &oldName, const QString &newName)
 {
-    const QStringList tables = definitionTables(ctx);
+    const bool materialChange = ctx.state.materialChangePresent;
     try {
         auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadWrite);
-        bool numbersOnly = false;
         bool isNumber = false;
         newName.toLongLong(&isNumber);
-        numbersOnly = !isNumber && onlyNumbersAllowed(*db, tables);
-        if (numbersOnly) {
-            showMessage(ctx,
-                        QStringLiteral("Due to your version of Helptext-database, only numbers are allowed in "
-                                       "Machinenames!"),
+        if (!isNumber && machineTypesAreNumbers(*db, materialChange)) {
+            showMessage(ctx, QStringLiteral("Due to your version of Helptext-database, only numbers are allowed in "
+                                            "Machinenames!"),
                         Buttons::OK, Icon::Exclamation, QStringLiteral("Rename machine"));
             return;
         }
         Database::Transaction transaction(*db);
-        for (const QString &t : tables) {
-            db->exec(QStringLiteral("UPDATE %1Definition SET MachineType = ? WHERE (((%1Definition.MachineType)=?));")
-                         .arg(t),
-                     {newName, oldName});
-            if (ctx.processEvents)
-                ctx.processEvents();
-        }
+        renameMachine(*db, oldName, newName, materialChange, ctx.processEvents);
         transaction.commit();
     } catch (const std::exception &e) {
         showMessage(ctx,

@@ -15,7 +15,7 @@
 #include "html/IndexText.h"
 #include "html/PageFiller.h"
 #include "html/PageWorkers.h"
-#include "html/SafePathName.h"
+#include "common/SafePathName.h"
 
 #include <QFileInfo>
 #include <QHash>

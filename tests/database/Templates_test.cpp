@@ -34,7 +34,7 @@ class TemplateDatabase : public ::testing::TestWithParam<bool>
 
 } // namespace
 
-TEST_P(TemplateDatabase, IsAcceptedWithFiveFreeBlocksAndNoLanguage)
+TEST_P(TemplateDatabase, IsAcceptedWithFiveFreeBlocksAndLanguagesWithoutTexts)
 {
     const bool materialChange = GetParam();
     const QString name = materialChange ? QStringLiteral("HelpTextMitMaterialchange.mdb")
@@ -69,9 +69,12 @@ TEST_P(TemplateDatabase, IsAcceptedWithFiveFreeBlocksAndNoLanguage)
     EXPECT_EQ(blocks(db, "WarningDefinition", "WarningID", "WarningNo", 256), alarmBlocks);
     if (materialChange)
         EXPECT_EQ(blocks(db, "MaterialChangeDefinition", "MaterialChangeID", "MaterialChangeNo", 1000), mcBlocks);
-    EXPECT_EQ(dump(db, QStringLiteral("SELECT (SELECT COUNT(*) FROM Language) + (SELECT COUNT(*) FROM Discription) "
-                                      "+ (SELECT COUNT(*) FROM AlarmText) + (SELECT COUNT(*) FROM WarningText)")),
+    EXPECT_EQ(dump(db, QStringLiteral("SELECT (SELECT COUNT(*) FROM Discription) + (SELECT COUNT(*) FROM AlarmText) "
+                                      "+ (SELECT COUNT(*) FROM WarningText)")),
               QStringList{QStringLiteral("0")});
+    // The languages of the language definitions that come with the program, English and German among them.
+    EXPECT_TRUE(dump(db, QStringLiteral("SELECT Name, Font FROM Language"))
+                    .contains(QStringLiteral("Deutsch|Arial 10 400")));
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutMaterialChange, TemplateDatabase, ::testing::Bool());

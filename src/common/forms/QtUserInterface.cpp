@@ -138,6 +138,20 @@ std::optional<OpenFileChoice> QtUserInterface::openFile(const QString &title, co
     return OpenFileChoice{dialog.selectedFiles().constFirst(), readOnly->isChecked()};
 }
 
+std::optional<QString> QtUserInterface::saveFile(const QString &title, const QString &filter,
+                                                 const QString &startPath)
+{
+    QFileDialog dialog(dialogParent(), title, startPath, qtFileFilter(filter));
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    // Whether to replace a file is the program's question, with its own wording.
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty() ||
+        dialog.selectedFiles().constFirst().isEmpty())
+        return std::nullopt;
+    return dialog.selectedFiles().constFirst();
+}
+
 std::optional<QString> QtUserInterface::chooseDirectory(const QString &title, const QString &preset)
 {
     QFileDialog dialog(dialogParent(), title, preset);

@@ -15,6 +15,7 @@ class QtUserInterface : public UserInterface
     std::optional<QString> inputBox(const QString &prompt, const QString &title, const QString &defaultValue) override;
     std::optional<OpenFileChoice> openFile(const QString &title, const QString &filter,
                                            const QString &startPath) override;
+    std::optional<QString> saveFile(const QString &title, const QString &filter, const QString &startPath) override;
     std::optional<QString> chooseDirectory(const QString &title, const QString &preset) override;
     std::optional<int> chooseScreenWidth(int preset) override;
     std::optional<int> chooseOption(const QString &name, const QString &title, const QStringList &options) override;

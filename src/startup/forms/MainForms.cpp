@@ -2,6 +2,7 @@
 
 #include "common/Context.h"
 #include "editor/forms/EditorWindow.h"
+#include "importer/forms/ImportWindow.h"
 #include "startup/StartupDialog.h"
 #include "startup/forms/PlaceholderMainForm.h"
 #include "startup/forms/StartupDialogForm.h"
@@ -18,7 +19,7 @@ QWidget *QtFormHost::create(FormId form)
     case FormId::Edit:
         return new EditorWindow(m_ctx, m_session);
     case FormId::Import:
-        return new PlaceholderMainForm(m_ctx, m_session, QStringLiteral("importer form (frmImport)"));
+        return new ImportWindow(m_ctx, m_session);
     case FormId::Languages:
         return new PlaceholderMainForm(m_ctx, m_session, QStringLiteral("language form (frmLanguages)"));
     }
@@ -27,7 +28,7 @@ QWidget *QtFormHost::create(FormId form)
 
 bool QtFormHost::available(FormId form) const
 {
-    return form == FormId::Edit;
+    return form == FormId::Edit || form == FormId::Import;
 }
 
 QWidget *QtFormHost::form(FormId form) const

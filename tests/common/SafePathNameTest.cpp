@@ -1,6 +1,6 @@
 // Names from the database never lead a path out of the help directory.
 
-#include "html/SafePathName.h"
+#include "common/SafePathName.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "html/SafePathName.h"
+#include "common/SafePathName.h"
 
 #include <QDir>
 #include <QFile>

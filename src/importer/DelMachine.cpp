@@ -1,0 +1,153 @@
+#include "importer/DelMachine.h"
+
+#include "common/Context.h"
+#include "common/ErrorLog.h"
+#include "common/Messages.h"
+#include "common/UserInterface.h"
+#include "database/Database.h"
+#include "database/HelpTextDatabase.h"
+#include "database/Machines.h"
+
+namespace ht
+{
+
+namespace
+{
+const QString kTitle = QStringLiteral("Machines");
+
+bool failed(Context &ctx, const QString &what, const std::exception &e)
+{
+    showMessage(ctx, what + LFCR + QString::fromUtf8(e.what()) + LFCR + QStringLiteral("Nothing has been changed."),
+                Buttons::OK, Icon::Critical, kTitle);
+    return false;
+}
+} // namespace
+
+bool deleteMachineNamed(Context &ctx, const QString &machine)
+{
+    try {
+        auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadWrite);
+        Database::Transaction transaction(*db);
+        deleteMachine(*db, machine, ctx.state.materialChangePresent);
+        transaction.commit();
+    } catch (const std::exception &e) {
+        LogError(ctx, unexpectedErrorLogLine(0, QStringLiteral("CommandDelete_Click"), QString::fromUtf8(e.what())));
+        return failed(ctx, QStringLiteral("The machine ") + machine + QStringLiteral(" could not be deleted:"), e);
+    }
+    showMessage(ctx, machine + QStringLiteral(" deleted"), Buttons::OK, Icon::Information, kTitle);
+    return true;
+}
+
+bool renameMachineNamed(Context &ctx, const QString &machine, const QString &newName)
+{
+    QStringList machines;
+    GetMachineList(ctx, machines);
+    QString refusal;
+    switch (machineNameProblem(newName, machines, machine)) {
+    case MachineNameProblem::None:
+        break;
+    case MachineNameProblem::Empty:
+        refusal = QStringLiteral("No new name entered, action cancelled!");
+        break;
+    case MachineNameProblem::Exists:
+        refusal = QStringLiteral("A machine named ") + newName + QStringLiteral(" already exists.");
+        break;
+    case MachineNameProblem::FreeRowsMark:
+    case MachineNameProblem::NotAFolderName:
+        refusal = QStringLiteral("The name ") + newName +
+                  QStringLiteral(" cannot name a machine: \"0\" marks free rows, and the machine's help pages are "
+                                 "kept in a folder of its name.");
+        break;
+    }
+    if (!machines.contains(machine))
+        refusal = QStringLiteral("There is no machine ") + machine + QLatin1Char('.');
+    if (!refusal.isEmpty()) {
+        showMessage(ctx, refusal, Buttons::OK, Icon::Exclamation, kTitle);
+        return false;
+    }
+    try {
+        auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadWrite);
+        bool isNumber = false;
+        newName.toLongLong(&isNumber);
+        if (!isNumber && machineTypesAreNumbers(*db, ctx.state.materialChangePresent)) {
+            showMessage(ctx,
+                        QStringLiteral("Due to your version of Helptext-database, only numbers are allowed in "
+                                       "Machinenames!"),
+                        Buttons::OK, Icon::Exclamation, kTitle);
+            return false;
+        }
+        Database::Transaction transaction(*db);
+        renameMachine(*db, machine, newName, ctx.state.materialChangePresent, ctx.processEvents);
+        transaction.commit();
+        return true;
+    } catch (const std::exception &e) {
+        LogError(ctx, unexpectedErrorLogLine(0, QStringLiteral("CommandRename_Click"), QString::fromUtf8(e.what())));
+        return failed(ctx, QStringLiteral("The machine ") + machine + QStringLiteral(" could not be renamed:"), e);
+    }
+}
+
+void DelMachineDialog::ComboExistingMachines_Act()
+{
+    try {
+        QStringList machines;
+        if (!ctx.state.helpTextDB.isEmpty())
+            GetMachineList(ctx, machines);
+        view.setMachines(machines);
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("ComboExistingMachines_Act"), e);
+    }
+}
+
+void DelMachineDialog::CommandDelete_Click()
+{
+    try {
+        const QString machine = view.machineText();
+        if (machine.isEmpty()) {
+            showMessage(ctx, QStringLiteral("No machine selected!"), Buttons::OK, Icon::Exclamation, kTitle);
+            return;
+        }
+        // The texts of every language go with it: asked first.
+        if (showMessage(ctx,
+                        QStringLiteral("OK to delete machine ") + machine +
+                            QStringLiteral("? Its texts in every language are cleared and its rows freed."),
+                        Buttons::YesNo, Icon::Exclamation, kTitle) != Answer::Yes)
+            return;
+        if (deleteMachineNamed(ctx, machine))
+            ComboExistingMachines_Act();
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("CommandDelete_Click"), e);
+    }
+}
+
+void DelMachineDialog::CommandRename_Click()
+{
+    try {
+        const QString machine = view.machineText();
+        if (machine.isEmpty() || !ctx.ui)
+            return;
+        const std::optional<QString> answer =
+            ctx.ui->inputBox(QStringLiteral("Enter new name for machine ") + machine + QStringLiteral("!"),
+                             QStringLiteral("Rename machine"), QString());
+        if (!answer)
+            return;
+        const QString newName = answer->trimmed();
+        QStringList machines;
+        GetMachineList(ctx, machines);
+        if (machineNameProblem(newName, machines, machine) == MachineNameProblem::None &&
+            showMessage(
+                ctx, QStringLiteral("OK to rename ") + machine + QStringLiteral(" to ") + newName + QStringLiteral("?"),
+                Buttons::YesNo, Icon::Question, QStringLiteral("Rename machine")) != Answer::Yes)
+            return;
+        if (renameMachineNamed(ctx, machine, newName))
+            ComboExistingMachines_Act();
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("CommandRename_Click"), e);
+    }
+}
+
+void DelMachineDialog::CommandCancel_Click()
+{
+    view.closeDialog();
+}
+
+} // namespace ht

@@ -1,0 +1,165 @@
+#include "importer/ImportCommands.h"
+
+#include "common/ConsoleUserInterface.h"
+#include "common/Context.h"
+#include "common/IniFile.h"
+#include "database/HelpTextDatabase.h"
+#include "database/LanguageLookup.h"
+#include "importer/DelMachine.h"
+#include "importer/Importer.h"
+
+namespace ht
+{
+
+namespace
+{
+
+int usage(Context &ctx, const QString &text)
+{
+    if (auto *console = dynamic_cast<ConsoleUserInterface *>(ctx.ui))
+        console->print(text);
+    return kCommandUsage;
+}
+
+int failedWith(Context &ctx, const QString &text)
+{
+    if (auto *console = dynamic_cast<ConsoleUserInterface *>(ctx.ui))
+        console->print(text);
+    return kCommandFailed;
+}
+
+// The language definitions of --languages, else of the settings file.
+bool connectLanguages(Context &ctx, const CommandArgs &args)
+{
+    const QString path = args.value(
+        QStringLiteral("languages"),
+        LoadIniString(ctx, QStringLiteral("Setup"), QStringLiteral("StandardLangLookupDB"), ctx.state.iniPath));
+    if (path.isEmpty())
+        return !args.has(QStringLiteral("languages"));
+    return !CheckLanguageLookup(ctx, path).isEmpty() || !args.has(QStringLiteral("languages"));
+}
+
+bool connectDatabase(Context &ctx, const CommandArgs &args)
+{
+    return !CheckConnection(ctx, args.value(QStringLiteral("database"))).isEmpty();
+}
+
+int runImport(Context &ctx, const CommandArgs &args)
+{
+    for (const char *required : {"database", "workbook", "machine", "language", "column"})
+        if (!args.has(QLatin1String(required)))
+            return usage(ctx, QStringLiteral("import: --%1 is missing").arg(QLatin1String(required)));
+    bool ok = false;
+    const double column = args.value(QStringLiteral("column")).toDouble(&ok);
+    if (!ok || column < 1)
+        return usage(ctx, QStringLiteral("import: --column takes the language's number in the workbook, from 1"));
+    const QString added = args.value(QStringLiteral("added"), QStringLiteral("0"));
+    if (added.isEmpty() || added.size() > 3 ||
+        !std::all_of(added.begin(), added.end(), [](QChar c) { return c.isDigit(); }))
+        return usage(ctx, QStringLiteral("import: --added takes a number of at most three digits"));
+    const QString replace = args.value(QStringLiteral("replace"), QStringLiteral("never"));
+    if (replace != QLatin1String("all") && replace != QLatin1String("never"))
+        return usage(ctx, QStringLiteral("import: --replace is all or never"));
+    if (args.has(QStringLiteral("material-change")) != args.has(QStringLiteral("position")))
+        return usage(ctx, QStringLiteral("import: --material-change and --position go together"));
+
+    ctx.state.anzFehler = added.toInt();
+    if (!connectLanguages(ctx, args))
+        return failedWith(ctx, QStringLiteral("import: the language definitions cannot be used"));
+    if (!connectDatabase(ctx, args))
+        return kCommandFailed;
+
+    ImportRequest request;
+    request.machine = args.value(QStringLiteral("machine"));
+    request.language = args.value(QStringLiteral("language"));
+    request.source = {args.value(QStringLiteral("workbook")), column, 1, added};
+    if (args.has(QStringLiteral("material-change")))
+        request.materialChangeSource = ListSource{args.value(QStringLiteral("material-change")), column,
+                                                  args.value(QStringLiteral("position")).toInt(), added};
+    auto *console = dynamic_cast<ConsoleUserInterface *>(ctx.ui);
+    HeadlessStatus quiet;
+    std::unique_ptr<ConsoleStatus> progress = console ? std::make_unique<ConsoleStatus>(*console) : nullptr;
+    const int answer = replace == QLatin1String("all") ? AnswerReplaceAll : AnswerNeverReplace;
+    Importer importer(ctx, progress ? static_cast<StatusTarget *>(progress.get()) : &quiet,
+                      [&](const QString &, const QString &oldValue, const QString &newValue) {
+                          if (console)
+                              console->print(QStringLiteral("Stored definition \"") + oldValue +
+                                             QStringLiteral("\", new \"") + newValue + QStringLiteral("\": ") +
+                                             (answer == AnswerReplaceAll ? QStringLiteral("replaced, and all others")
+                                                                         : QStringLiteral("kept, and all others")));
+                          return answer;
+                      });
+    return importer.MainProc(request) ? kCommandDone : kCommandFailed;
+}
+
+int runDeleteMachine(Context &ctx, const CommandArgs &args)
+{
+    if (!args.has(QStringLiteral("database")) || !args.has(QStringLiteral("machine")))
+        return usage(ctx, QStringLiteral("delete-machine: --database and --machine are needed"));
+    if (!connectDatabase(ctx, args))
+        return kCommandFailed;
+    const QString machine = args.value(QStringLiteral("machine"));
+    QStringList machines;
+    GetMachineList(ctx, machines);
+    if (!machines.contains(machine))
+        return failedWith(ctx, QStringLiteral("There is no machine ") + machine + QLatin1Char('.'));
+    return deleteMachineNamed(ctx, machine) ? kCommandDone : kCommandFailed;
+}
+
+int runRenameMachine(Context &ctx, const CommandArgs &args)
+{
+    if (!args.has(QStringLiteral("database")) || !args.has(QStringLiteral("machine")) ||
+        !args.has(QStringLiteral("to")))
+        return usage(ctx, QStringLiteral("rename-machine: --database, --machine and --to are needed"));
+    if (!connectDatabase(ctx, args))
+        return kCommandFailed;
+    return renameMachineNamed(ctx, args.value(QStringLiteral("machine")), args.value(QStringLiteral("to")).trimmed())
+               ? kCommandDone
+               : kCommandFailed;
+}
+
+} // namespace
+
+std::vector<ConsoleCommand> importerCommands()
+{
+    return {
+        {QStringLiteral("import"),
+         QStringLiteral("--database DB --workbook FILE --machine NAME --language NAME --column N [--added N] "
+                        "[--material-change FILE --position N] [--replace all|never] [--languages FILE]"),
+         QStringLiteral(
+             "Imports a machine's alarms and warnings, and its material changes when --material-change is given, "
+             "into the help-text database DB, as the importer's window does, in one transaction.\n"
+             "  --workbook FILE          the workbook with the alarm and warning lists (.xls or .xlsx)\n"
+             "  --machine NAME           the machine to import into (a new one takes the next free block)\n"
+             "  --language NAME          the language the texts are in, as the databases name it\n"
+             "  --column N               the language's number in the workbook (its text columns)\n"
+             "  --added N                the added alarms and warnings after the 256 standard ones (default 0)\n"
+             "  --material-change FILE   the workbook with the material-change texts\n"
+             "  --position N             their column in that workbook, from 1\n"
+             "  --replace all|never      whether stored alarm definitions that differ are replaced (default never)\n"
+             "  --languages FILE         the language-definition database (default: the settings file's)\n"
+             "Progress goes to stderr. Exit code 0 when imported; 1 when refused or failed (the database is then "
+             "unchanged); 2 for a command line that cannot be run."),
+         {QStringLiteral("database"), QStringLiteral("workbook"), QStringLiteral("machine"), QStringLiteral("language"),
+          QStringLiteral("column"), QStringLiteral("added"), QStringLiteral("material-change"),
+          QStringLiteral("position"), QStringLiteral("replace"), QStringLiteral("languages")},
+         {},
+         runImport},
+        {QStringLiteral("delete-machine"),
+         QStringLiteral("--database DB --machine NAME"),
+         QStringLiteral("Deletes a machine: its texts in every language are emptied and its rows freed for the next "
+                        "machine, in one transaction. Exit code 0 when deleted, 1 when not."),
+         {QStringLiteral("database"), QStringLiteral("machine")},
+         {},
+         runDeleteMachine},
+        {QStringLiteral("rename-machine"),
+         QStringLiteral("--database DB --machine NAME --to NEW"),
+         QStringLiteral("Renames a machine in every definition table, in one transaction. Exit code 0 when renamed, "
+                        "1 when refused (a name that exists, or that cannot be a folder name) or failed."),
+         {QStringLiteral("database"), QStringLiteral("machine"), QStringLiteral("to")},
+         {},
+         runRenameMachine},
+    };
+}
+
+} // namespace ht

@@ -1,0 +1,47 @@
+// Importing material change: the texts of the chosen language into the
+// machine's block, numbered by their row in the workbook, and the block bound.
+#include "importer/Importer.h"
+
+#include "common/Context.h"
+#include "common/StatusDisplay.h"
+#include "database/Database.h"
+
+namespace ht
+{
+
+void Importer::ImportMaterialChange(const QString &machine, bool fromAlarms)
+{
+    if (!fromAlarms) {
+        checkCodePage();
+        for (QString &text : m_materialChanges)
+            text = convert(text);
+    }
+    const long length = ctx.state.maxItems[KindMaterialChange];
+    const qlonglong first = firstId(QStringLiteral("MaterialChange"), machine, length);
+    StatusStart(ctx, m_status, QStringLiteral("Importing: Materialchang..."), 0, false);
+    // Binding only, every row of the block; else one row per text read.
+    const long entries = fromAlarms ? length : std::min<long>(length, long(m_materialChanges.size()));
+    for (long i = 0; first >= 0 && i < entries; ++i) {
+        const long number = i + 1;
+        const QVariant id = first + number - 1;
+        if (ctx.processEvents)
+            ctx.processEvents();
+        if (!fromAlarms) {
+            StatusTickNewText(ctx, m_status, QStringLiteral("Importing: MaterialChange ") + QString::number(number));
+            m_counts.materialChanges +=
+                m_db->exec(QStringLiteral("UPDATE MaterialChangeText SET Language = ?, Text = ? WHERE Language = ? "
+                                          "AND MaterialChange_ID = ?"),
+                           {m_language, m_materialChanges[size_t(i)], m_language, id}) > 0;
+        } else {
+            StatusTickNewText(ctx, m_status, QStringLiteral("Binding: MaterialChange ") + QString::number(number));
+        }
+        m_db->exec(QStringLiteral("UPDATE MaterialChangeDefinition SET MachineType = ?, MaterialChangeNo = ? WHERE "
+                                  "MaterialChangeID = ?"),
+                   {machine, qlonglong(number), id});
+    }
+    StatusEnd(ctx, m_status);
+    if (!fromAlarms)
+        ImportAlarmsWarnings(machine, true);
+}
+
+} // namespace ht

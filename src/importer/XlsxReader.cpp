@@ -1,0 +1,312 @@
+// Office Open XML workbooks (.xlsx): the zip is opened with libgsf, its XML
+// parts read with QXmlStreamReader. The first worksheet is found the way
+// Excel finds it: through the package's and the workbook's relationships.
+#include "importer/WorkbookFormats.h"
+
+#include <QXmlStreamReader>
+#include <gsf/gsf-infile-zip.h>
+#include <gsf/gsf-infile.h>
+#include <gsf/gsf-input-memory.h>
+#include <gsf/gsf-utils.h>
+#include <mutex>
+#include <optional>
+
+namespace ht
+{
+
+namespace
+{
+
+constexpr gsf_off_t kMaxPartBytes = 256 * 1024 * 1024; // unpacked: a zip bomb is refused, not unpacked
+
+struct Damaged {
+    QString why;
+};
+
+struct GObjectRef {
+    gpointer object = nullptr;
+    ~GObjectRef()
+    {
+        if (object)
+            g_object_unref(object);
+    }
+};
+
+class Package
+{
+  public:
+    explicit Package(GsfInfile *zip) : m_zip(zip) {}
+
+    // A part by its path inside the package ("xl/workbook.xml"); nothing when it is not there.
+    std::optional<QByteArray> part(const QString &path) const
+    {
+        const QList<QByteArray> names = path.toUtf8().split('/');
+        std::vector<const char *> chain;
+        for (const QByteArray &n : names)
+            if (!n.isEmpty())
+                chain.push_back(n.constData());
+        chain.push_back(nullptr);
+        GObjectRef child{gsf_infile_child_by_aname(m_zip, chain.data())};
+        if (!child.object)
+            return std::nullopt;
+        GsfInput *in = GSF_INPUT(child.object);
+        const gsf_off_t size = gsf_input_size(in);
+        if (size < 0 || size > kMaxPartBytes)
+            throw Damaged{QStringLiteral("a part is too large: ") + path};
+        QByteArray data(qsizetype(size), Qt::Uninitialized);
+        if (size > 0 && !gsf_input_read(in, size, reinterpret_cast<guint8 *>(data.data())))
+            throw Damaged{QStringLiteral("a part cannot be unpacked: ") + path};
+        return data;
+    }
+
+  private:
+    GsfInfile *m_zip;
+};
+
+// A relationship's target as a path in the package, from the folder of the part that names it.
+QString resolve(const QString &folder, const QString &target)
+{
+    if (target.startsWith(u'/'))
+        return target.mid(1);
+    QStringList parts = folder.split(u'/', Qt::SkipEmptyParts);
+    for (const QString &p : target.split(u'/', Qt::SkipEmptyParts)) {
+        if (p == QLatin1String(".."))
+            parts.isEmpty() ? void() : parts.removeLast();
+        else if (p != QLatin1String("."))
+            parts << p;
+    }
+    return parts.join(u'/');
+}
+
+void failOnError(const QXmlStreamReader &xml, const QString &part)
+{
+    if (xml.hasError())
+        throw Damaged{part + QStringLiteral(" is not well-formed XML (") + xml.errorString() + QLatin1Char(')')};
+}
+
+// The target of the first relationship whose type ends with `typeEnd`, or with the id `id`.
+QString relationshipTarget(const QByteArray &rels, const QString &part, const QString &typeEnd, const QString &id)
+{
+    QXmlStreamReader xml(rels);
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (!xml.isStartElement() || xml.name() != QLatin1String("Relationship"))
+            continue;
+        const auto a = xml.attributes();
+        if ((!id.isEmpty() && a.value(QLatin1String("Id")) == id) ||
+            (!typeEnd.isEmpty() && a.value(QLatin1String("Type")).endsWith(typeEnd)))
+            return a.value(QLatin1String("Target")).toString();
+    }
+    failOnError(xml, part);
+    return {};
+}
+
+QString relsOf(const QString &path)
+{
+    const qsizetype slash = path.lastIndexOf(u'/');
+    return path.left(slash + 1) + QStringLiteral("_rels/") + path.mid(slash + 1) + QStringLiteral(".rels");
+}
+
+QString folderOf(const QString &path)
+{
+    return path.left(std::max<qsizetype>(0, path.lastIndexOf(u'/')));
+}
+
+// The relationship id of the workbook's first sheet.
+QString firstSheetId(const QByteArray &workbook, const QString &part)
+{
+    QXmlStreamReader xml(workbook);
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (xml.isStartElement() && xml.name() == QLatin1String("sheet")) {
+            for (const QXmlStreamAttribute &a : xml.attributes())
+                if (a.name() == QLatin1String("id") && !a.namespaceUri().isEmpty())
+                    return a.value().toString();
+        }
+    }
+    failOnError(xml, part);
+    return {};
+}
+
+// The text of the <si> or <is> the reader stands on: its <t>s, those of
+// phonetic runs left out. Leaves the reader on the element's end.
+QString stringItem(QXmlStreamReader &xml)
+{
+    QString text;
+    int depth = 0, phonetic = 0;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (xml.isStartElement()) {
+            if (xml.name() == QLatin1String("t") && phonetic == 0) {
+                text += xml.readElementText(); // ends on </t>
+                continue;
+            }
+            ++depth;
+            if (xml.name() == QLatin1String("rPh"))
+                ++phonetic;
+        } else if (xml.isEndElement()) {
+            if (depth == 0)
+                break;
+            --depth;
+            if (xml.name() == QLatin1String("rPh"))
+                --phonetic;
+        }
+    }
+    return text;
+}
+
+std::vector<QString> sharedStrings(const QByteArray &part, const QString &name)
+{
+    std::vector<QString> strings;
+    QXmlStreamReader xml(part);
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (xml.isStartElement() && xml.name() == QLatin1String("si"))
+            strings.push_back(stringItem(xml));
+    }
+    failOnError(xml, name);
+    return strings;
+}
+
+// "B3" -> row 2, column 1.
+bool cellReference(QStringView ref, quint32 &row, quint32 &column)
+{
+    quint64 c = 0, r = 0;
+    qsizetype i = 0;
+    for (; i < ref.size() && ref[i].isLetter(); ++i) {
+        c = c * 26 + (ref[i].toUpper().unicode() - 'A' + 1);
+        if (c > 0xFFFFFFFFu)
+            return false;
+    }
+    for (qsizetype d = i; d < ref.size(); ++d) {
+        if (!ref[d].isDigit())
+            return false;
+        r = r * 10 + (ref[d].unicode() - '0');
+        if (r > 0xFFFFFFFFu)
+            return false;
+    }
+    if (c == 0 || r == 0 || i == ref.size())
+        return false;
+    row = quint32(r - 1);
+    column = quint32(c - 1);
+    return true;
+}
+
+QString valueText(const QString &type, const QString &value, const std::vector<QString> &strings)
+{
+    if (type == QLatin1String("s")) {
+        bool ok = false;
+        const qulonglong index = value.toULongLong(&ok);
+        if (!ok || index >= strings.size())
+            throw Damaged{QStringLiteral("a cell refers to a shared text that does not exist")};
+        return strings[index];
+    }
+    if (type == QLatin1String("b"))
+        return value.trimmed() == QLatin1String("1") ? QStringLiteral("TRUE") : QStringLiteral("FALSE");
+    if (type.isEmpty() || type == QLatin1String("n")) {
+        bool ok = false;
+        const double number = value.toDouble(&ok);
+        return ok ? numberText(number) : value;
+    }
+    return value; // str (a formula's text), e (an error), d (a date as text)
+}
+
+void readSheet(const QByteArray &part, const QString &name, const std::vector<QString> &strings, Sheet &sheet)
+{
+    QXmlStreamReader xml(part);
+    qint64 row = -1, column = -1;
+    while (!xml.atEnd()) {
+        xml.readNext();
+        if (!xml.isStartElement())
+            continue;
+        if (xml.name() == QLatin1String("row")) {
+            bool ok = false;
+            const qint64 r = xml.attributes().value(QLatin1String("r")).toLongLong(&ok);
+            row = ok && r > 0 ? r - 1 : row + 1;
+            column = -1;
+        } else if (xml.name() == QLatin1String("c")) {
+            const auto attributes = xml.attributes();
+            const QString type = attributes.value(QLatin1String("t")).toString();
+            quint32 r = 0, c = 0;
+            if (cellReference(attributes.value(QLatin1String("r")), r, c)) {
+                row = r;
+                column = c;
+            } else {
+                ++column;
+                row = std::max<qint64>(row, 0);
+            }
+            if (row > 0xFFFFFFFFLL || column > 0xFFFFFFFFLL)
+                throw Damaged{QStringLiteral("a cell lies beyond any sheet")};
+            QString value;
+            bool inlineText = false;
+            int depth = 1;
+            while (depth > 0 && !xml.atEnd()) {
+                xml.readNext();
+                if (xml.isStartElement()) {
+                    if (xml.name() == QLatin1String("v")) {
+                        value = xml.readElementText();
+                    } else if (xml.name() == QLatin1String("is")) {
+                        value = stringItem(xml);
+                        inlineText = true;
+                    } else {
+                        ++depth;
+                    }
+                } else if (xml.isEndElement()) {
+                    --depth;
+                }
+            }
+            sheet.set(quint32(row), quint32(column), inlineText ? value : valueText(type, value, strings));
+        }
+    }
+    failOnError(xml, name);
+}
+
+} // namespace
+
+void readXlsxWorkbook(const QByteArray &bytes, const QString &name, Workbook &book)
+{
+    static std::once_flag initialised;
+    std::call_once(initialised, [] { gsf_init(); });
+
+    GObjectRef input{gsf_input_memory_new(reinterpret_cast<const guint8 *>(bytes.constData()), bytes.size(), FALSE)};
+    GError *error = nullptr;
+    GObjectRef zip{gsf_infile_zip_new(GSF_INPUT(input.object), &error)};
+    if (error)
+        g_error_free(error);
+    if (!zip.object)
+        refuseWorkbook(name, QStringLiteral("is damaged: it is not a readable zip archive"));
+    try {
+        const Package package(GSF_INFILE(zip.object));
+        QString main = QStringLiteral("xl/workbook.xml");
+        if (const auto rels = package.part(QStringLiteral("_rels/.rels"))) {
+            const QString target =
+                relationshipTarget(*rels, QStringLiteral("_rels/.rels"), QStringLiteral("/officeDocument"), {});
+            if (!target.isEmpty())
+                main = resolve(QString(), target);
+        }
+        const auto workbook = package.part(main);
+        if (!workbook)
+            refuseWorkbook(name, QStringLiteral("is not an Excel workbook: it holds no workbook part"));
+        const QString id = firstSheetId(*workbook, main);
+        const auto rels = package.part(relsOf(main));
+        if (id.isEmpty() || !rels)
+            refuseWorkbook(name, QStringLiteral("holds no worksheet"));
+        const QString sheetPath = resolve(folderOf(main), relationshipTarget(*rels, relsOf(main), {}, id));
+        std::vector<QString> strings;
+        const QString stringsTarget = relationshipTarget(*rels, relsOf(main), QStringLiteral("/sharedStrings"), {});
+        if (!stringsTarget.isEmpty()) {
+            const QString stringsPath = resolve(folderOf(main), stringsTarget);
+            if (const auto part = package.part(stringsPath))
+                strings = sharedStrings(*part, stringsPath);
+        }
+        const auto sheet = package.part(sheetPath);
+        if (!sheet)
+            refuseWorkbook(name, QStringLiteral("is damaged: its first worksheet is missing"));
+        book.m_sheets.emplace_back();
+        readSheet(*sheet, sheetPath, strings, book.m_sheets.back());
+    } catch (const Damaged &d) {
+        refuseWorkbook(name, QStringLiteral("is damaged and cannot be read (") + d.why + QLatin1Char(')'));
+    }
+}
+
+} // namespace ht
