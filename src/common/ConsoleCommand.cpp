@@ -63,10 +63,11 @@ bool runConsoleCommand(Context &ctx, const std::vector<ConsoleCommand> &commands
         exitCode = kCommandUsage;
         return true;
     }
+    const auto *console = dynamic_cast<const ConsoleUserInterface *>(ctx.ui);
+    const int failuresBefore = console ? console->failures() : 0;
     exitCode = command->run(ctx, parsed);
     // A job that ran through but had to tell of an error has not done what was asked.
-    const auto *console = dynamic_cast<const ConsoleUserInterface *>(ctx.ui);
-    if (exitCode == kCommandDone && console && console->failures() > 0)
+    if (exitCode == kCommandDone && console && console->failures() > failuresBefore)
         exitCode = kCommandFailed;
     return true;
 }

@@ -41,6 +41,26 @@ int Importer::anzFehler() const
     return ok && n > 0 ? n : 0;
 }
 
+// A machine's lists number their rows: most numbered rows must carry the
+// number of their place (alarm 1 in the first alarm row), else the workbook is
+// some other table whose numbers would land on arbitrary items.
+bool Importer::looksLikeLists() const
+{
+    int numbered = 0, inPlace = 0;
+    const auto count = [&](const QString &number, size_t index) {
+        const double value = number.trimmed().toDouble();
+        if (value == 0)
+            return;
+        ++numbered;
+        inPlace += value == double(index + 1);
+    };
+    for (size_t i = 0; i < m_alarms.size(); ++i)
+        count(m_alarms[i][0], i);
+    for (size_t i = 0; i < m_warnings.size(); ++i)
+        count(m_warnings[i][0], i);
+    return numbered > 0 && 2 * inPlace >= numbered;
+}
+
 // Everything is read before anything is written: a workbook that cannot be
 // read, or that holds nothing where the lists belong, changes nothing.
 bool Importer::readLists(const ImportRequest &request)
@@ -54,13 +74,11 @@ bool Importer::readLists(const ImportRequest &request)
             const Workbook book = Workbook::open(request.source.path);
             m_alarms = GetListXLAlarms(ctx, m_status, book, request.source, m_added);
             m_warnings = GetListXLWarnings(ctx, m_status, book, request.source, m_added);
-            const bool any =
-                std::any_of(m_alarms.begin(), m_alarms.end(), [](const AlarmEntry &e) { return e[0] != "0"; }) ||
-                std::any_of(m_warnings.begin(), m_warnings.end(), [](const WarningEntry &e) { return e[0] != "0"; });
-            if (!any)
+            if (!looksLikeLists())
                 return refuse(QStringLiteral("The workbook \"") + request.source.path +
-                              QStringLiteral("\" holds no alarm or warning numbers where they belong (column B, rows "
-                                             "3 to 258 and 260 to 515): nothing has been imported."));
+                              QStringLiteral("\" does not hold a machine's alarm and warning lists: most rows of column "
+                                             "B should have the number of the alarm or warning that belongs there "
+                                             "(alarm 1 in row 3, warning 1 in row 260). Nothing has been imported."));
         }
         const std::optional<ListSource> changes = request.mode == ImportRequest::MaterialChange
                                                       ? std::optional(request.source)

@@ -69,6 +69,7 @@ class Importer
     struct Cancelled {
     };
     bool readLists(const ImportRequest &request);
+    bool looksLikeLists() const;
     bool refuse(const QString &text);
     int anzFehler() const;
     qlonglong firstId(const QString &word, const QString &machine, long count);

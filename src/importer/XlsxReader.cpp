@@ -128,6 +128,28 @@ QString firstSheetId(const QByteArray &workbook, const QString &part)
     return {};
 }
 
+// Characters XML cannot carry, written as "_x000D_"; "_x005F_" is the underscore itself.
+QString unescaped(const QString &text)
+{
+    if (!text.contains(QLatin1String("_x")))
+        return text;
+    QString out;
+    out.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i] == u'_' && i + 6 < text.size() && text[i + 1] == u'x' && text[i + 6] == u'_') {
+            bool ok = false;
+            const ushort code = text.mid(i + 2, 4).toUShort(&ok, 16);
+            if (ok) {
+                out += QChar(code);
+                i += 6;
+                continue;
+            }
+        }
+        out += text[i];
+    }
+    return out;
+}
+
 // The text of the <si> or <is> the reader stands on: its <t>s, those of
 // phonetic runs left out. Leaves the reader on the element's end.
 QString stringItem(QXmlStreamReader &xml)
@@ -152,7 +174,7 @@ QString stringItem(QXmlStreamReader &xml)
                 --phonetic;
         }
     }
-    return text;
+    return unescaped(text);
 }
 
 std::vector<QString> sharedStrings(const QByteArray &part, const QString &name)
@@ -208,7 +230,7 @@ QString valueText(const QString &type, const QString &value, const std::vector<Q
         const double number = value.toDouble(&ok);
         return ok ? numberText(number) : value;
     }
-    return value; // str (a formula's text), e (an error), d (a date as text)
+    return type == QLatin1String("str") ? unescaped(value) : value; // a formula's text; e (an error), d (a date)
 }
 
 void readSheet(const QByteArray &part, const QString &name, const std::vector<QString> &strings, Sheet &sheet)
