@@ -6,3 +6,6 @@ scripts/install-deps.sh
 scripts/build.sh
 cd build
 QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j2
+cd ..
+# The workbook reader takes files from anywhere: 30 seconds of fuzzing on every run.
+scripts/fuzz-workbook.sh 30

@@ -9,6 +9,7 @@ PACKAGES=(
   mdbtools-dev libglib2.0-dev libgsf-1-dev
   fonts-liberation fontconfig
   sqlite3 libsqlite3-dev
+  clang-14 libclang-rt-14-dev
 )
 
 missing=()

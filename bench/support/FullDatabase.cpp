@@ -12,11 +12,6 @@ namespace ht::bench
 namespace
 {
 
-QString sourceDir()
-{
-    return QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../..");
-}
-
 // A help text of about `length` characters, different for every item and language.
 QString text(int id, int language, int length)
 {
@@ -27,6 +22,21 @@ QString text(int id, int language, int length)
 }
 
 } // namespace
+
+QString sourceDir()
+{
+    return QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../..");
+}
+
+void makeLanguageDatabase(const QString &path)
+{
+    QFile demo(sourceDir() + QStringLiteral("/samples/demo/languages_demo.sql"));
+    demo.open(QIODevice::ReadOnly);
+    auto db = Database::create(path);
+    Database::Transaction t(*db);
+    db->execScript(schemaScript("languages.sql") + QString::fromUtf8(demo.readAll()));
+    t.commit();
+}
 
 QString schemaScript(const char *name)
 {

@@ -11,5 +11,8 @@ namespace ht::bench
 void makeFullDatabase(const QString &path, int languages);
 QString schemaScript(const char *name); // a script of src/database/schema
 QString templatesDir();                 // samples/templates
+QString sourceDir();                    // the repository
+// The language-definition database of the demo (samples/demo/languages_demo.sql).
+void makeLanguageDatabase(const QString &path);
 
 } // namespace ht::bench

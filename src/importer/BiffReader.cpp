@@ -59,6 +59,8 @@ class Stream
     bool atEnd(qsizetype at) const { return at + 4 > m_bytes.size(); }
     RecordData record(qsizetype at) const
     {
+        if (at < 0 || atEnd(at))
+            throw Damaged{QStringLiteral("a record lies past the end of the file")};
         RecordData r;
         r.type = header(at, 0);
         qsizetype length = header(at, 2);

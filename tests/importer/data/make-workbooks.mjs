@@ -43,26 +43,27 @@ function save(name, cells, formats = ['xlsx', 'xls']) {
 
 // Language 1 English, language 2 Greek; the text columns of language n are
 // n + 3 (Device), n + 15 (Result), n + 42 (Function).
-function alarmRow(cells, r, number, n) {
+function alarmRow(cells, r, number, n, greek = true) {
   cells.push([r, 1, number]);
   cells.push([r, 3, `B${n}`], [r, 12, `K${n}`], [r, 15, 'CPU1'], [r, 54, n % 3]);
   cells.push([r, 4, `Device ${n}`], [r, 16, `Result ${n}`], [r, 43, `Function ${n}\r\nsecond line`]);
-  cells.push([r, 5, `Συσκευή ${n}`], [r, 17, `Αποτέλεσμα ${n}`], [r, 44, `Λειτουργία ${n}`]);
+  if (greek) cells.push([r, 5, `Συσκευή ${n}`], [r, 17, `Αποτέλεσμα ${n}`], [r, 44, `Λειτουργία ${n}`]);
 }
-function warningRow(cells, r, number, n) {
-  cells.push([r, 1, number], [r, 43, `Warning ${n}`], [r, 44, `Προειδοποίηση ${n}`]);
+function warningRow(cells, r, number, n, greek = true) {
+  cells.push([r, 1, number], [r, 43, `Warning ${n}`]);
+  if (greek) cells.push([r, 44, `Προειδοποίηση ${n}`]);
 }
 
-function layout(added) {
+function layout(added, greek = true) {
   const cells = [[0, 0, 'Alarm list'], [1, 1, 'No.']];
-  for (let n = 1; n <= 256; ++n) alarmRow(cells, 1 + n, n, n);
+  for (let n = 1; n <= 256; ++n) alarmRow(cells, 1 + n, n, n, greek);
   cells.push([13, 1, '12a']); // alarm 12's number is no number
-  for (let n = 1; n <= 256; ++n) warningRow(cells, 258 + n, n, n);
+  for (let n = 1; n <= 256; ++n) warningRow(cells, 258 + n, n, n, greek);
   cells.push([263, 43, '']); // warning 5 has no English text
   if (added > 0) {
     cells.push([515, 0, 'alarmsadded'], [516, 0, 'WarningsAdded']);
-    for (let k = 0; k < added; ++k) alarmRow(cells, 516 + k, 257 + k, 257 + k);
-    for (let k = 0; k < added; ++k) warningRow(cells, 516 + added + k, 257 + k, 257 + k);
+    for (let k = 0; k < added; ++k) alarmRow(cells, 516 + k, 257 + k, 257 + k, greek);
+    for (let k = 0; k < added; ++k) warningRow(cells, 516 + added + k, 257 + k, 257 + k, greek);
   }
   cells.push([2000, 1, 'Caption 1'], [2000, 27, 'Caption 2'], [2000, 12, 'Caption 8']);
   return cells;
@@ -76,8 +77,8 @@ const changes = [[0, 0, 'English'], [0, 2, 'Ελληνικά']];
 for (let n = 1; n <= 1000; n += 111) changes.push([n, 0, `Change ${n}`], [n, 2, `Αλλαγή ${n}`]);
 save('material-change', changes);
 
-// A full list for the benchmark: 999 added alarms and warnings, every text filled.
-save('full', layout(999), ['xlsx']);
+// A full list for the benchmark: 999 added alarms and warnings, every English text filled.
+save('full', layout(999, false));
 const full = [[0, 0, 'English']];
 for (let n = 1; n <= 1000; ++n) full.push([n, 0, `Material change ${n}: empty the magazine, set the guide rails.`]);
 save('full-material-change', full, ['xlsx']);
