@@ -3,8 +3,8 @@
 #include "common/Context.h"
 #include "editor/forms/EditorWindow.h"
 #include "importer/forms/ImportWindow.h"
+#include "languages/forms/LanguagesWindow.h"
 #include "startup/StartupDialog.h"
-#include "startup/forms/PlaceholderMainForm.h"
 #include "startup/forms/StartupDialogForm.h"
 
 #include <QPointer>
@@ -21,14 +21,14 @@ QWidget *QtFormHost::create(FormId form)
     case FormId::Import:
         return new ImportWindow(m_ctx, m_session);
     case FormId::Languages:
-        return new PlaceholderMainForm(m_ctx, m_session, QStringLiteral("language form (frmLanguages)"));
+        return new LanguagesWindow(m_ctx);
     }
     return nullptr;
 }
 
 bool QtFormHost::available(FormId form) const
 {
-    return form == FormId::Edit || form == FormId::Import;
+    return form == FormId::Edit || form == FormId::Import || form == FormId::Languages;
 }
 
 QWidget *QtFormHost::form(FormId form) const
