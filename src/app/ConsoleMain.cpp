@@ -4,6 +4,7 @@
 #include "common/Context.h"
 #include "common/IniFile.h"
 #include "importer/ImportCommands.h"
+#include "languages/LanguageCommands.h"
 #include "startup/CompileOption.h"
 #include "startup/MachinePC.h"
 
@@ -18,6 +19,8 @@ std::vector<ConsoleCommand> programCommands(const QString &mode)
     // The importer's jobs, and the language jobs it shares with the language form.
     if (mode == QLatin1String("IMPORT")) {
         for (ConsoleCommand &c : importerCommands())
+            commands.push_back(std::move(c));
+        for (ConsoleCommand &c : languageCommands())
             commands.push_back(std::move(c));
     }
     return commands;
