@@ -147,10 +147,10 @@ int deleteLanguageCommand(Context &ctx, const CommandArgs &args)
 std::vector<ConsoleCommand> languageCommands()
 {
     const QString common =
-        QStringLiteral("  --database DB     the help-text database\n"
-                       "  --language NAME   the language's name in the language-definition database\n"
-                       "  --languages FILE  the language-definition database; default: Setup/StandardLangLookupDB\n"
-                       "                    of the settings file\n");
+        QStringLiteral("  --database DB          the help-text database\n"
+                       "  --language NAME        the language's name in the language-definition database\n"
+                       "  --languages FILE       the language-definition database; default: the settings\n"
+                       "                         file's Setup/StandardLangLookupDB\n");
     return {
         {QStringLiteral("create-language"),
          QStringLiteral("--database DB --language NAME") + kUsageTail,
@@ -165,7 +165,7 @@ std::vector<ConsoleCommand> languageCommands()
          QStringLiteral("--database DB --language NAME [--with-configuration]") + kUsageTail,
          QStringLiteral("Deletes the language's alarm, warning and material-change texts from the help-text\n"
                         "database. German (1031) and English (1033) are never deleted.\n\n") +
-             common + QStringLiteral("  --with-configuration  also delete its Language row and its descriptions\n"),
+             common + QStringLiteral("  --with-configuration   also delete its Language row and its descriptions\n"),
          {QStringLiteral("database"), QStringLiteral("language"), QStringLiteral("languages")},
          {QStringLiteral("with-configuration")},
          deleteLanguageCommand},

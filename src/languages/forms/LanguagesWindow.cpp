@@ -123,6 +123,7 @@ QWidget *LanguagesWindow::buildDelete()
     m_deleteCombo = control<QComboBox>(Ctl::DeleteLanguageCombo, QStringLiteral("DeleteLanguageCombo"),
                                        QStringLiteral("Language to delete"), frame);
     m_deleteCombo->setMinimumContentsLength(16);
+    m_deleteCombo->setPlaceholderText(QStringLiteral("Choose a language that has texts"));
     auto *comboLabel = new QLabel(QStringLiteral("Language to &delete:"), frame);
     comboLabel->setBuddy(m_deleteCombo);
     top->addWidget(comboLabel);
