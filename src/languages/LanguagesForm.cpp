@@ -70,16 +70,24 @@ bool LanguagesForm::connectHelpText()
 
 void LanguagesForm::fillPossLanguages()
 {
-    QStringList offered;
-    try {
-        offered = offeredLanguages(ctx);
-    } catch (const DbError &e) {
-        tellJobFailure(ctx, QStringLiteral("Import_Click"),
-                       QStringLiteral("The languages of the language-definition database cannot be read:"), e,
-                       QStringLiteral("Choose another language-definition database in the File menu."));
-    }
-    view.setItems(Ctl::PossLanguages, offered);
+    fillList(Ctl::PossLanguages, QStringLiteral("Import_Click"), QStringLiteral("language-definition database"),
+             [this] { return offeredLanguages(ctx); });
     PossLanguages_Click();
+}
+
+// A list of languages from a database that cannot be read stays empty, and the user is told.
+void LanguagesForm::fillList(Ctl list, const QString &procedure, const QString &database,
+                             const std::function<QStringList()> &read)
+{
+    QStringList names;
+    try {
+        names = read();
+    } catch (const DbError &e) {
+        tellJobFailure(ctx, procedure,
+                       QStringLiteral("The languages of the ") + database + QStringLiteral(" cannot be read:"), e,
+                       QStringLiteral("Choose another ") + database + QStringLiteral(" in the File menu."));
+    }
+    view.setItems(list, names);
 }
 
 // The caption and the menus for the databases in use and the program's variant.
@@ -163,15 +171,8 @@ void LanguagesForm::CommandUpdateLanguageSettings_Click()
 
 void LanguagesForm::DeleteLanguageCombo_Fill()
 {
-    QStringList names;
-    try {
-        names = deletableLanguages(ctx);
-    } catch (const DbError &e) {
-        tellJobFailure(ctx, QStringLiteral("DeleteLanguageCombo_Fill"),
-                       QStringLiteral("The languages of the help-text database cannot be read:"), e,
-                       QStringLiteral("Choose another database in the File menu."));
-    }
-    view.setItems(Ctl::DeleteLanguageCombo, names);
+    fillList(Ctl::DeleteLanguageCombo, QStringLiteral("DeleteLanguageCombo_Fill"), QStringLiteral("help-text database"),
+             [this] { return deletableLanguages(ctx); });
     DeleteLanguageCombo_Click();
 }
 

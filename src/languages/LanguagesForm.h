@@ -8,6 +8,7 @@
 #include "languages/LanguagesView.h"
 #include "startup/FormSwitch.h"
 
+#include <QStringList>
 #include <functional>
 
 namespace ht
@@ -45,6 +46,8 @@ class LanguagesForm
     bool connectLookup();
     bool connectHelpText();
     void fillPossLanguages();
+    void fillList(Ctl list, const QString &procedure, const QString &database,
+                  const std::function<QStringList()> &read);
     void showConnection();
     LanguageDefinition chosen() const;
     void whileBusy(const std::function<void()> &job);

@@ -1,15 +1,15 @@
 #pragma once
 // The language tests' workspace: a help-text database fresh from the template
 // (five free blocks of 256 alarms, 256 warnings, 1000 material changes) and a
-// language-definition database with the real language numbers; and a headless
-// language form.
+// language-definition database with the real language numbers; the language
+// form's logic in a headless window.
 
 #include "common/QtPrinters.h"
 #include "common/StatusDisplay.h"
 #include "database/Database.h"
 #include "database/HelpTextDatabase.h"
 #include "database/LanguageLookup.h"
-#include "languages/LanguagesView.h"
+#include "languages/LanguagesForm.h"
 #include "support/DemoFiles.h"
 #include "support/TestSupport.h"
 
@@ -26,27 +26,17 @@ struct LanguagesWorkspace {
     QString db() const { return t.path("Helptext.sqlite"); }
     QString lookup() const { return t.path("Languages.sqlite"); }
 
-    explicit LanguagesWorkspace(bool withSubstBy = true)
+    LanguagesWorkspace()
     {
         makeDatabase(db(), {"src/database/schema/helptext.sql", "src/database/schema/helptext_materialchange.sql"});
+        makeDatabase(lookup(), {"src/database/schema/languages.sql"});
         // Croatian stands in for Serbian; the panel cannot show Klingon (font "0").
-        const char *rows[] = {"1031, 'German', 'Arial 10 400', '00000407', NULL",
-                              "1032, 'Greek', 'Arial 10 400', '00000408', NULL",
-                              "1033, 'English', 'Arial 10 400', '00000409', NULL",
-                              "1036, 'French', 'Arial 10 400', '0000040C', NULL",
-                              "1050, 'Croatian', 'Arial 10 400', '0000041A', NULL",
-                              "2074, 'Serbian', 'Arial 10 400', '0000081A', 1050",
-                              "9999, 'Klingon', '0', '00000409', NULL"};
-        auto l = Database::create(lookup());
-        l->exec(QStringLiteral("CREATE TABLE LookupLanguages (Language INTEGER, Name TEXT, Font TEXT, KBLayout TEXT, "
-                               "CodePage INTEGER%1)")
-                    .arg(withSubstBy ? ", SubstBy INTEGER" : ""));
-        for (const char *row : rows) {
-            const QString values = withSubstBy ? QString(row) : QString(row).section(',', 0, 3);
-            l->exec(QStringLiteral("INSERT INTO LookupLanguages (Language, Name, Font, KBLayout%1) VALUES (%2)")
-                        .arg(withSubstBy ? ", SubstBy" : "", values));
-        }
-        l.reset();
+        Database::open(lookup())->execScript(
+            "INSERT INTO LookupLanguages (Language, Name, Font, KBLayout, SubstBy) VALUES "
+            "(1031, 'German', 'Arial 10 400', '00000407', NULL), (1032, 'Greek', 'Arial 10 400', '00000408', NULL), "
+            "(1033, 'English', 'Arial 10 400', '00000409', NULL), (1036, 'French', 'Arial 10 400', '0000040C', NULL), "
+            "(1050, 'Croatian', 'Arial 10 400', '0000041A', NULL), (2074, 'Serbian', 'Arial 10 400', '0000081A', "
+            "1050), (9999, 'Klingon', '0', '00000409', NULL)");
         AppState &s = t.ctx.state;
         s.mode = QStringLiteral("EDIT");
         s.iniPath = t.path("helptext.ini");
@@ -77,24 +67,19 @@ class HeadlessLanguagesView : public LanguagesView
         QStringList items;
         bool enabled = true, visible = true;
     };
-    std::map<Ctl, Control> controls;
+    mutable std::map<Ctl, Control> controls;
     QString caption;
-    int closed = 0;
     bool busy = false;
     HeadlessStatus status;
 
-    Control &at(Ctl c) { return controls[c]; }
+    Control &at(Ctl c) const { return controls[c]; }
     void setCaption(const QString &t) override { caption = t; }
     void setText(Ctl c, const QString &t) override
     {
         const bool list = c == Ctl::PossLanguages || c == Ctl::DeleteLanguageCombo;
         at(c).text = list && !at(c).items.contains(t) ? QString() : t;
     }
-    QString text(Ctl c) const override
-    {
-        const auto found = controls.find(c);
-        return found == controls.end() ? QString() : found->second.text;
-    }
+    QString text(Ctl c) const override { return at(c).text; }
     void setItems(Ctl c, const QStringList &items) override
     {
         at(c).items = items;
@@ -103,8 +88,38 @@ class HeadlessLanguagesView : public LanguagesView
     void setEnabled(Ctl c, bool e) override { at(c).enabled = e; }
     void setVisible(Ctl c, bool v) override { at(c).visible = v; }
     void setBusy(bool b) override { busy = b; }
-    void closeForm() override { ++closed; }
+    void closeForm() override {}
     StatusTarget *statusTarget() override { return &status; }
+};
+
+// The form's logic in a headless window, loaded.
+class LanguagesCore : public ::testing::Test
+{
+  protected:
+    using Ctl = LanguagesView::Ctl;
+    LanguagesWorkspace w;
+    HeadlessLanguagesView view;
+    LanguagesForm form{w.t.ctx, view};
+    ScriptedUserInterface &ui = w.t.ui;
+
+    void SetUp() override { form.Form_Load(); }
+    void choose(const QString &name)
+    {
+        view.setText(Ctl::PossLanguages, name);
+        form.PossLanguages_Click();
+    }
+    void create(const QString &name)
+    {
+        choose(name);
+        form.CreateLanguage_Click();
+    }
+    void remove(const QString &name, const QString &option)
+    {
+        view.setText(Ctl::DeleteLanguageCombo, name);
+        form.DeleteLanguageCombo_Click();
+        view.setText(Ctl::DeleteLangOption, option);
+        form.DeleteLanguageButton_Click();
+    }
 };
 
 } // namespace ht::test

@@ -2,6 +2,7 @@
 // and the editor's menu leads to it and back.
 #include "LanguagesTestSupport.h"
 
+#include "common/IniFile.h"
 #include "languages/forms/LanguagesWindow.h"
 #include "startup/StartupDialog.h"
 #include "startup/forms/MainForms.h"
@@ -11,7 +12,6 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTest>
@@ -26,24 +26,22 @@ using test::kGreek;
 class LanguagesWindowTest : public ::testing::Test
 {
   protected:
+    test::LanguagesWorkspace w;
+    LanguagesWindow window{w.t.ctx};
+
     void SetUp() override
     {
-        window = new LanguagesWindow(w.t.ctx);
-        window->show();
-        window->activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+        window.show();
+        window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     }
-    void TearDown() override { delete window.data(); }
-    template <typename T> T *find(const QString &name) const
+    template <typename T = QWidget> T *find(const QString &name)
     {
-        T *child = window->findChild<T *>(name);
+        T *child = window.findChild<T *>(name);
         EXPECT_TRUE(child) << qPrintable(name);
         return child;
     }
-    void click(const QString &button) const { QTest::mouseClick(find<QAbstractButton>(button), Qt::LeftButton); }
-
-    test::LanguagesWorkspace w;
-    QPointer<LanguagesWindow> window;
+    void click(const QString &button) { QTest::mouseClick(find<QAbstractButton>(button), Qt::LeftButton); }
 };
 
 TEST_F(LanguagesWindowTest, EveryControlIsNamedAndTheTabKeyWalksThem)
@@ -53,7 +51,7 @@ TEST_F(LanguagesWindowTest, EveryControlIsNamedAndTheTabKeyWalksThem)
     for (const QString &name : chain + QStringList{"LCode", "LFont", "LKeybd", "DeleteLangOption", "DeleteLangOption2"})
         EXPECT_FALSE(find<QWidget>(name)->accessibleName().isEmpty()) << qPrintable(name);
     // Everything is enabled so that Tab stops everywhere.
-    for (QWidget *child : window->findChildren<QWidget *>())
+    for (QWidget *child : window.findChildren<QWidget *>())
         child->setEnabled(true);
     find<QWidget>("PossLanguages")->setFocus();
     for (const QString &name : chain) {
@@ -72,7 +70,7 @@ TEST_F(LanguagesWindowTest, CreateAndDeleteWithTheMouse)
     EXPECT_EQ(find<QLineEdit>("LKeybd")->text(), "00000408");
     click("CreateLanguage");
     EXPECT_EQ(w.rowsOf(kGreek), 7569);
-    EXPECT_TRUE(window->menuWidget()->isEnabled() && find<QWidget>("CreateLanguage")->isEnabled());
+    EXPECT_TRUE(window.menuWidget()->isEnabled() && find<QWidget>("CreateLanguage")->isEnabled());
 
     auto *combo = find<QComboBox>("DeleteLanguageCombo");
     EXPECT_FALSE(find<QWidget>("DeleteLanguageButton")->isEnabled());
@@ -107,6 +105,7 @@ TEST(LanguagesWindowSwitch, TheEditorsMenuLeadsHereAndBack)
     EXPECT_FALSE(forms.form(FormId::Languages));
     ASSERT_TRUE(forms.form(FormId::Edit));
     EXPECT_EQ(w.t.ctx.state.currentKind, KindWarnings);
+    EXPECT_EQ(LoadIniString(w.t.ctx, "Defaults", "Item", w.t.ctx.state.iniPath), "2"); // the editor opens on it
     forms.unloadForm(FormId::Edit);
     settle();
 }
