@@ -108,7 +108,8 @@ QWidget *LanguagesWindow::buildCreate()
     fields->addRow(update);
     row->addLayout(fields, 1);
 
-    connect(m_possLanguages, &QListWidget::currentTextChanged, this, [this] { m_logic.PossLanguages_Click(); });
+    // Only a language the list shows as chosen is chosen, not one it merely holds the focus on.
+    connect(m_possLanguages, &QListWidget::itemSelectionChanged, this, [this] { m_logic.PossLanguages_Click(); });
     connect(create, &QPushButton::clicked, this, [this] { m_logic.CreateLanguage_Click(); });
     connect(update, &QPushButton::clicked, this, [this] { m_logic.CommandUpdateLanguageSettings_Click(); });
     return frame;
@@ -237,7 +238,7 @@ QString LanguagesWindow::text(Ctl c) const
     if (auto *combo = qobject_cast<QComboBox *>(w))
         return combo->currentText();
     if (auto *list = qobject_cast<QListWidget *>(w))
-        return list->currentItem() ? list->currentItem()->text() : QString();
+        return list->selectedItems().isEmpty() ? QString() : list->selectedItems().first()->text();
     return {};
 }
 
