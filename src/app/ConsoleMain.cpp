@@ -45,7 +45,6 @@ bool runProgramCommand(int argc, char **argv, int &exitCode)
     Context ctx;
     initProgramLocation(ctx);
     ConsoleUserInterface console;
-    ConsoleStatus status(console);
     ctx.ui = &console;
     ctx.state.mode = mode;
     ctx.state.runningOnMachinePC = GetAppRunningOnMachinePC(ctx);

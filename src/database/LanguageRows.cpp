@@ -23,6 +23,14 @@ long addMissing(Database &db, const QString &definition, const QString &id, cons
 
 } // namespace
 
+void writeLanguageRow(Database &db, qlonglong language, const QVariant &name, const QVariant &font,
+                      const QVariant &layout)
+{
+    const QVariantList values{name, font, layout, language};
+    if (db.exec(QStringLiteral("UPDATE Language SET Name = ?, Font = ?, KBLayout = ? WHERE Language = ?"), values) == 0)
+        db.exec(QStringLiteral("INSERT INTO Language (Name, Font, KBLayout, Language) VALUES (?, ?, ?, ?)"), values);
+}
+
 LanguageRowsAdded addLanguageTextRows(Database &db, qlonglong language, bool materialChange,
                                       const std::function<void(const QString &kind)> &progress)
 {

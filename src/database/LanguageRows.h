@@ -4,6 +4,7 @@
 // there keep their texts, so making them again repairs without losing work.
 
 #include <QString>
+#include <QVariant>
 #include <functional>
 
 namespace ht
@@ -20,6 +21,10 @@ struct LanguageRowsAdded {
 // "Descriptions"). Runs inside the caller's transaction, if there is one.
 LanguageRowsAdded addLanguageTextRows(Database &db, qlonglong language, bool materialChange,
                                       const std::function<void(const QString &kind)> &progress = {});
+
+// Edits the language's row in the Language table, or adds it when there is none.
+void writeLanguageRow(Database &db, qlonglong language, const QVariant &name, const QVariant &font,
+                      const QVariant &layout);
 
 constexpr int kDescriptionRows = 8; // Discription IDs 1 to 8 per language
 

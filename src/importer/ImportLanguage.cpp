@@ -55,14 +55,9 @@ void Importer::CreateLanguage(qlonglong language)
                            "LookupLanguages.KBLayout FROM LookupLanguages WHERE (((LookupLanguages.Language)=?));"),
             {language});
         // A language the definitions do not know keeps the row it has.
-        if (known.recordCount() > 0) {
-            const QVariantList values{known.value(QStringLiteral("Name")), known.value(QStringLiteral("Font")),
-                                      known.value(QStringLiteral("KBLayout")), language};
-            if (m_db->exec(QStringLiteral("UPDATE Language SET Name = ?, Font = ?, KBLayout = ? WHERE Language = ?"),
-                           values) == 0)
-                m_db->exec(QStringLiteral("INSERT INTO Language (Name, Font, KBLayout, Language) VALUES (?, ?, ?, ?)"),
-                           values);
-        }
+        if (known.recordCount() > 0)
+            writeLanguageRow(*m_db, language, known.value(QStringLiteral("Name")), known.value(QStringLiteral("Font")),
+                             known.value(QStringLiteral("KBLayout")));
     }
     // Rows already there keep their texts, descriptions included.
     addLanguageTextRows(*m_db, language, ctx.state.materialChangePresent, [&](const QString &kind) {

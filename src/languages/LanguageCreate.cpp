@@ -33,14 +33,6 @@ bool hasAlarmTexts(Database &db, qlonglong number)
                .recordCount() > 0;
 }
 
-// Edits the language's row, or adds it when there is none.
-void writeLanguageRow(Database &db, qlonglong number, const LanguageDefinition &language)
-{
-    const QVariantList values{language.name, language.font, language.layout, number};
-    if (db.exec(QStringLiteral("UPDATE Language SET Name = ?, Font = ?, KBLayout = ? WHERE Language = ?"), values) == 0)
-        db.exec(QStringLiteral("INSERT INTO Language (Name, Font, KBLayout, Language) VALUES (?, ?, ?, ?)"), values);
-}
-
 } // namespace
 
 QString languageExistsQuestion(const QString &name)
@@ -66,7 +58,7 @@ std::optional<LanguageCreated> createLanguage(Context &ctx, StatusTarget *status
                                     db->hasTable(QStringLiteral("MaterialChangeText"));
         StatusRun run(ctx, status, QStringLiteral("Building Alarms..."), materialChange ? 4 : 3);
         Database::Transaction t(*db);
-        writeLanguageRow(*db, *number, language);
+        writeLanguageRow(*db, *number, language.name, language.font, language.layout);
         const LanguageRowsAdded added = addLanguageTextRows(*db, *number, materialChange, [&](const QString &kind) {
             if (kind != QLatin1String("Alarms"))
                 run.tick(QStringLiteral("Building ") + kind + QStringLiteral("..."));
@@ -92,7 +84,7 @@ bool updateLanguageSettings(Context &ctx, const LanguageDefinition &language)
     try {
         auto db = Database::open(ctx.state.helpTextDB);
         Database::Transaction t(*db);
-        writeLanguageRow(*db, *number, language);
+        writeLanguageRow(*db, *number, language.name, language.font, language.layout);
         t.commit();
         return true;
     } catch (const std::exception &e) {
