@@ -344,6 +344,53 @@ FileRead readRegularFile(const QString &path, qint64 maxBytes, bool followLinks,
 #endif
 }
 
+bool replaceFileDurably(const QString &path, const char *data, qint64 size, QString *error)
+{
+#ifdef Q_OS_WIN
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(data, size) != size || !file.commit()) {
+        setError(error, file.errorString());
+        return false;
+    }
+    return true;
+#else
+    const QByteArray full = QFile::encodeName(path);
+    const qsizetype slash = full.lastIndexOf('/');
+    const QByteArray folder = slash < 0 ? QByteArray(".") : full.left(slash + 1);
+    const QByteArray temp = (slash < 0 ? QByteArray() : folder) + ".~" + QByteArray::number(qint64(::getpid())) +
+                            "-durable.tmp";
+    struct stat old {};
+    const bool existed = ::stat(full.constData(), &old) == 0;
+    const int fd = ::open(temp.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
+    if (fd < 0) {
+        setError(error, systemError(errno));
+        return false;
+    }
+    bool ok = writeAll(fd, data, size) && (!existed || ::fchmod(fd, old.st_mode & 07777) == 0) && ::fsync(fd) == 0;
+    int code = ok ? 0 : errno;
+    if (::close(fd) != 0 && ok) {
+        ok = false;
+        code = errno;
+    }
+    if (ok && ::rename(temp.constData(), full.constData()) != 0) {
+        ok = false;
+        code = errno;
+    }
+    if (!ok) {
+        ::unlink(temp.constData());
+        setError(error, systemError(code));
+        return false;
+    }
+    // The rename itself reaches the disk with the folder.
+    const int dir = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (dir >= 0) {
+        ::fsync(dir);
+        ::close(dir);
+    }
+    return true;
+#endif
+}
+
 bool replaceFile(const QString &path, const char *data, qint64 size, QString *error)
 {
 #ifdef Q_OS_WIN

@@ -61,5 +61,10 @@ bool openRegularFile(QFile &file, const QString &path, qint64 maxBytes, QString 
 FileRead readRegularFile(const QString &path, qint64 maxBytes, bool followLinks, QByteArray &bytes,
                          QString *error = nullptr);
 bool replaceFile(const QString &path, const char *data, qint64 size, QString *error = nullptr);
+// The same for a file whose loss would lose work: the new file and then the
+// folder are flushed to the disk before this returns, and the new file keeps
+// the old one's permissions. After a crash at any moment the path holds
+// either the old file or the new one, complete.
+bool replaceFileDurably(const QString &path, const char *data, qint64 size, QString *error = nullptr);
 
 } // namespace ht

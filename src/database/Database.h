@@ -153,5 +153,8 @@ QString quoteIdentifier(const QString &name);
 // Writes every table of a Jet file into a new SQLite file (one transaction). Throws DbError
 // when `sqlitePath` exists or anything fails; no partial file is left behind.
 void convertJetToSqlite(const QString &jetPath, const QString &sqlitePath);
+// The other way: every table of an SQLite file into a new Jet file made from an
+// empty Access-made one (tables without indexes; help texts as Memo columns).
+void convertSqliteToJet(const QString &sqlitePath, const QString &emptyAccessFile, const QString &jetPath);
 
 } // namespace ht

@@ -1,6 +1,8 @@
 # The database generator tool and the template databases made with it at build time.
 add_executable(helptext-mkdb ${CMAKE_CURRENT_LIST_DIR}/tools/mkdb.cpp)
 target_link_libraries(helptext-mkdb PRIVATE helptext_database)
+add_executable(helptext-mkjet ${CMAKE_CURRENT_LIST_DIR}/tools/mkjet.cpp)
+target_link_libraries(helptext-mkjet PRIVATE helptext_database)
 
 set(HELPTEXT_SCHEMA_DIR ${CMAKE_CURRENT_LIST_DIR}/schema)
 set(_helptext_base ${HELPTEXT_SCHEMA_DIR}/helptext.sql)
@@ -33,3 +35,7 @@ function(_helptext_database_test_dependencies)
   endif()
 endfunction()
 cmake_language(DEFER DIRECTORY ${CMAKE_SOURCE_DIR} CALL _helptext_database_test_dependencies)
+
+# The Jet 4 page code lives in its own folder of the database layer.
+file(GLOB _jet_sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_LIST_DIR}/jet/*.cpp ${CMAKE_CURRENT_LIST_DIR}/jet/*.h)
+target_sources(helptext_database PRIVATE ${_jet_sources})

@@ -1,0 +1,266 @@
+#include "database/jet/JetBuilder.h"
+
+#include "database/Database.h"
+#include "database/jet/JetRows.h"
+#include "database/jet/JetValues.h"
+
+#include <QDateTime>
+#include <algorithm>
+
+namespace ht::jet
+{
+
+namespace
+{
+
+constexpr quint32 kCatalogPage = 2;
+constexpr int kColumnBlock = 25, kRealIndexCounts = 12, kInlineMapBytes = 64;
+constexpr int kIndexEntries = 480, kIndexBitmap = 27;
+constexpr quint8 kIndexLeaf = 4, kAscendingNotNull = 0x7F;
+constexpr quint8 kUserTable = 0x4E;
+constexpr quint16 kGeneralSortOrder = 0x0409;
+constexpr quint8 kColumnFixed = 0x03, kColumnVariable = 0x02, kCompressibleText = 0x01;
+
+// Jet's General sort order weighs letters alike in either case; these are its
+// weights of a to z (as the catalog's own index of an Access-made file shows them).
+constexpr quint8 kLetterWeights[26] = {0x4A, 0x4C, 0x4D, 0x4F, 0x51, 0x53, 0x55, 0x57, 0x59, 0x5B, 0x5C, 0x5E, 0x60,
+                                       0x62, 0x64, 0x66, 0x68, 0x69, 0x6B, 0x6D, 0x6F, 0x71, 0x73, 0x75, 0x76, 0x78};
+
+void append16(QByteArray &b, quint16 v)
+{
+    char w[2];
+    put16(w, v);
+    b.append(w, 2);
+}
+
+void append32(QByteArray &b, quint32 v)
+{
+    char w[4];
+    put32(w, v);
+    b.append(w, 4);
+}
+
+QByteArray inlineMap(quint32 start)
+{
+    QByteArray map(1 + 4 + kInlineMapBytes, '\0');
+    put32(map.data() + 1, start);
+    return map;
+}
+
+// An index leaf's entries with the row pointer each ends with, the shared prefix put back.
+std::vector<QByteArray> leafEntries(const char *page)
+{
+    std::vector<QByteArray> entries;
+    const int prefix = le16(page + 24);
+    int start = 0;
+    for (int bit = 0; bit < (kIndexEntries - kIndexBitmap) * 8 && kIndexEntries + bit <= kPageSize; ++bit) {
+        if (!((quint8(page[kIndexBitmap + bit / 8]) >> (bit % 8)) & 1))
+            continue;
+        const QByteArray stored(page + kIndexEntries + start, bit - start);
+        entries.push_back(entries.empty() ? stored : entries.front().left(prefix) + stored);
+        start = bit;
+    }
+    return entries;
+}
+
+// Adds an entry to an index whose root is its only leaf; entries stay in key order.
+void addIndexEntry(Image &image, quint32 root, const QByteArray &key, RowPointer row)
+{
+    const char *page = image.page(root);
+    if (quint8(page[0]) != kIndexLeaf || le32(page + 16) != 0 || le32(page + 12) != 0)
+        image.damaged(QStringLiteral("its catalog index spans more than one page"));
+    QByteArray entry = key;
+    entry.append(char(row.page >> 16)).append(char(row.page >> 8)).append(char(row.page)).append(char(row.row));
+    std::vector<QByteArray> entries = leafEntries(page);
+    entries.insert(std::upper_bound(entries.begin(), entries.end(), entry), entry);
+    qsizetype total = 0;
+    for (const QByteArray &e : entries)
+        total += e.size();
+    if (kIndexEntries + total > kPageSize)
+        image.damaged(QStringLiteral("its catalog index page is full"));
+    char *out = image.changePage(root);
+    std::fill(out + kIndexBitmap, out + kPageSize, '\0');
+    put16(out + 24, 0); // no shared prefix
+    int at = 0;
+    for (const QByteArray &e : entries) {
+        std::copy(e.begin(), e.end(), out + kIndexEntries + at);
+        at += int(e.size());
+        out[kIndexBitmap + at / 8] = char(quint8(out[kIndexBitmap + at / 8]) | (1 << (at % 8)));
+    }
+    put16(out + 2, quint16(kPageSize - kIndexEntries - at));
+}
+
+} // namespace
+
+QByteArray letterIndexKey(const QString &text)
+{
+    QByteArray key(1, char(kAscendingNotNull));
+    for (QChar c : text) {
+        const char16_t lower = QChar::toLower(c.unicode());
+        if (lower < u'a' || lower > u'z')
+            return {};
+        key.append(char(kLetterWeights[lower - u'a']));
+    }
+    return key + QByteArray("\x01\x00", 2);
+}
+
+QByteArray longIndexKey(qint32 value)
+{
+    const quint32 flipped = quint32(value) ^ 0x80000000u;
+    QByteArray key(1, char(kAscendingNotNull));
+    for (int shift = 24; shift >= 0; shift -= 8)
+        key.append(char(flipped >> shift));
+    return key;
+}
+
+Builder::Builder(Image &image) : m_image(image), m_writer(image) {}
+
+TableDef Builder::addTable(const QString &name, const std::vector<NewColumn> &columns)
+{
+    if (letterIndexKey(name).isEmpty())
+        throw DbError(QStringLiteral("A table of an Access file made here is named with letters only, not %1")
+                          .arg(name)
+                          .toStdString());
+    for (const CatalogEntry &e : readCatalog(m_image, true))
+        if (e.name.compare(name, Qt::CaseInsensitive) == 0)
+            throw DbError(QStringLiteral("The Access file has a table %1 already").arg(name).toStdString());
+
+    const quint32 tableDefPage = m_image.appendPage();
+    const quint32 mapPage = m_image.appendPage();
+    for (quint32 page : {tableDefPage, mapPage})
+        if (!setMapBit(m_image, kGlobalMap, page, false))
+            m_image.damaged(QStringLiteral("its global page map cannot take a new page"));
+
+    // The usage maps, as inline maps on a page of their own: the table's, then each long-value column's.
+    const quint32 firstData = m_image.pageCount() / 8 * 8;
+    std::vector<PageRow> maps{{inlineMap(firstData), 0}, {inlineMap(firstData), 0}};
+    const auto pointer = [&](int row) { return RowPointer{mapPage, quint8(row)}.packed(); };
+
+    QByteArray blocks, names, longValueMaps;
+    quint16 variable = 0, fixedOffset = 0;
+    const QByteArray shared(m_image.page(kCatalogPage) + 12, 4); // the same in every definition of the file
+    for (size_t i = 0; i < columns.size(); ++i) {
+        const NewColumn &c = columns[i];
+        const bool fixed = c.type == TypeLong || c.type == TypeInteger;
+        const quint16 length = c.type == TypeLong ? 4 : c.type == TypeInteger ? 2 : c.type == TypeText ? c.characters * 2 : 0;
+        QByteArray b(kColumnBlock, '\0');
+        b[0] = char(c.type);
+        std::copy(shared.begin(), shared.end(), b.begin() + 1);
+        put16(b.data() + 5, quint16(i));
+        put16(b.data() + 7, variable);
+        put16(b.data() + 9, quint16(i));
+        put16(b.data() + 11, kGeneralSortOrder);
+        b[15] = char(fixed ? kColumnFixed : kColumnVariable);
+        b[16] = char(c.type == TypeText || c.type == TypeMemo ? kCompressibleText : 0);
+        put16(b.data() + 21, fixed ? fixedOffset : 0);
+        put16(b.data() + 23, length);
+        blocks += b;
+        if (fixed)
+            fixedOffset += length;
+        else
+            ++variable;
+        append16(names, quint16(c.name.size() * 2));
+        names.append(reinterpret_cast<const char *>(c.name.utf16()), c.name.size() * 2);
+        if (c.type == TypeMemo) {
+            append16(longValueMaps, quint16(i));
+            append32(longValueMaps, pointer(int(maps.size())));
+            append32(longValueMaps, pointer(int(maps.size()) + 1));
+            maps.push_back({inlineMap(firstData), 0});
+            maps.push_back({inlineMap(firstData), 0});
+        }
+    }
+    longValueMaps += QByteArray("\xFF\xFF", 2) + QByteArray(8, '\0');
+
+    QByteArray def(63, '\0');
+    def[0] = char(PageTableDef);
+    def[1] = 1;
+    std::copy(shared.begin(), shared.end(), def.begin() + 12);
+    def[24] = 1;
+    def[40] = char(kUserTable);
+    put16(def.data() + 41, quint16(columns.size()));
+    put16(def.data() + 43, variable);
+    put16(def.data() + 45, quint16(columns.size()));
+    put32(def.data() + 55, pointer(0));
+    put32(def.data() + 59, pointer(1));
+    def += blocks + names + longValueMaps;
+    if (def.size() > kPageSize)
+        throw DbError(QStringLiteral("The definition of table %1 does not fit one page").arg(name).toStdString());
+    put32(def.data() + 8, quint32(def.size() - 8));
+    put16(def.data() + 2, quint16(kPageSize - def.size()));
+    std::copy(def.begin(), def.end(), m_image.changePage(tableDefPage));
+
+    char *mapBytes = m_image.changePage(mapPage);
+    initDataPage(mapBytes, 0);
+    if (!layOutRows(mapBytes, maps))
+        m_image.damaged(QStringLiteral("the usage maps of table %1 do not fit a page").arg(name));
+
+    addCatalogRow(name, tableDefPage);
+    return readTableDef(m_image, tableDefPage, name);
+}
+
+void Builder::addCatalogRow(const QString &name, quint32 tableDefPage)
+{
+    const TableDef catalog = readTableDef(m_image, kCatalogPage, QStringLiteral("MSysObjects"));
+    const Column *id = catalog.column(QStringLiteral("Id"));
+    const Column *parent = catalog.column(QStringLiteral("ParentId"));
+    const Column *objectName = catalog.column(QStringLiteral("Name"));
+    const Column *type = catalog.column(QStringLiteral("Type"));
+    const Column *owner = catalog.column(QStringLiteral("Owner"));
+    const Column *flags = catalog.column(QStringLiteral("Flags"));
+    const Column *created = catalog.column(QStringLiteral("DateCreate"));
+    const Column *updated = catalog.column(QStringLiteral("DateUpdate"));
+    if (!id || !parent || !objectName || !type || !owner || !flags || !created || !updated)
+        m_image.damaged(QStringLiteral("its catalog is not one that is known"));
+
+    // Tables hang under the container "Tables", owned by whoever owns the catalog itself.
+    QVariant tablesId, catalogOwner;
+    forEachRow(m_image, catalog, [&](RowPointer, const QByteArray &bytes) {
+        const StoredRow row = decodeRow(m_image, bytes, true);
+        const QString rowName = columnValue(m_image, row, *objectName).toString();
+        if (rowName == QLatin1String("Tables") && columnValue(m_image, row, *type).toInt() == 3)
+            tablesId = columnValue(m_image, row, *id);
+        if (rowName == QLatin1String("MSysObjects"))
+            catalogOwner = columnValue(m_image, row, *owner);
+    });
+    if (!tablesId.isValid() || !catalogOwner.isValid())
+        m_image.damaged(QStringLiteral("its catalog lacks the container of tables"));
+
+    const QDateTime now = QDateTime::currentDateTime();
+    const RowPointer at = m_writer.appendRow(catalog, {{id, qint32(tableDefPage)},
+                                                       {parent, tablesId},
+                                                       {objectName, name},
+                                                       {type, 1},
+                                                       {created, now},
+                                                       {updated, now},
+                                                       {owner, catalogOwner},
+                                                       {flags, 0}});
+    // The catalog's indexes: by Id, and by ParentId and Name.
+    for (size_t i = 0; i < catalog.indexColumns.size(); ++i) {
+        QByteArray key;
+        for (quint16 number : catalog.indexColumns[i]) {
+            if (number == id->number)
+                key += longIndexKey(qint32(tableDefPage));
+            else if (number == parent->number)
+                key += longIndexKey(tablesId.toInt());
+            else if (number == objectName->number)
+                key += letterIndexKey(name);
+            else
+                m_image.damaged(QStringLiteral("its catalog has an index that is not known"));
+        }
+        addIndexEntry(m_image, catalog.indexRoots[i], key, at);
+        char *definition = m_image.changePage(kCatalogPage);
+        char *count = definition + 63 + kRealIndexCounts * int(i) + 4;
+        put32(count, le32(count) + 1);
+    }
+}
+
+void Builder::appendRow(const TableDef &table, const QVariantList &values)
+{
+    std::vector<ColumnChange> changes;
+    for (qsizetype i = 0; i < values.size() && i < qsizetype(table.columns.size()); ++i)
+        if (!values[i].isNull())
+            changes.push_back({&table.columns[size_t(i)], values[i]});
+    m_writer.appendRow(table, changes);
+}
+
+} // namespace ht::jet

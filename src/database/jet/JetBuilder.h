@@ -1,0 +1,46 @@
+#pragma once
+// Adds tables and rows to a Jet 4 file held in memory, laid out as Access lays
+// them out: a table definition page, a page of usage maps, data and long-value
+// pages, and the table's row in the catalog with the catalog's two indexes
+// brought up to date. Used to make Access help-text databases from an empty
+// Access-made file; the new tables get no indexes of their own.
+
+#include "database/jet/JetTable.h"
+#include "database/jet/JetWriter.h"
+
+#include <QVariantList>
+
+namespace ht::jet
+{
+
+struct NewColumn {
+    QString name;
+    quint8 type = TypeLong; // TypeLong, TypeInteger, TypeText or TypeMemo
+    quint16 characters = 0; // Text only
+};
+
+class Builder
+{
+  public:
+    explicit Builder(Image &image);
+    // Throws DbError when the name is taken or not made of ASCII letters (the
+    // catalog's index keys are only known for those), or the file's catalog is
+    // not of the layout Access gives an empty database.
+    TableDef addTable(const QString &name, const std::vector<NewColumn> &columns);
+    // `values` in the order of the columns given to addTable.
+    void appendRow(const TableDef &table, const QVariantList &values);
+
+  private:
+    void addCatalogRow(const QString &name, quint32 tableDefPage);
+
+    Image &m_image;
+    Writer m_writer;
+};
+
+// The key bytes Jet's General sort order gives a text of ASCII letters (any
+// case) in an ascending index; empty when the text holds anything else.
+QByteArray letterIndexKey(const QString &text);
+// The key bytes of a Long value in an ascending index.
+QByteArray longIndexKey(qint32 value);
+
+} // namespace ht::jet

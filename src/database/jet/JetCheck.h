@@ -1,0 +1,20 @@
+#pragma once
+// A structural check of a Jet 4 file: what the writer must never break and
+// every Access-made file keeps. Used before a changed file replaces the old
+// one, and by the tests.
+
+#include "database/jet/JetImage.h"
+
+#include <QStringList>
+
+namespace ht::jet
+{
+
+// The problems found, one line each; empty for a sound file. Checks every
+// table, system tables included: free-space fields and row order on its data
+// pages, overflow pointers and their rows, its pages and those of its long
+// values against the global usage map, its row count, compressed text only in
+// columns that allow it, and each index listing every row once, in key order.
+QStringList checkStructure(const Image &image);
+
+} // namespace ht::jet

@@ -1,0 +1,158 @@
+#include "database/jet/JetEditor.h"
+
+#include "common/FileIo.h"
+#include "database/Database.h"
+#include "database/jet/JetCheck.h"
+#include "database/jet/JetValues.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <algorithm>
+
+namespace ht::jet
+{
+
+namespace
+{
+
+QByteArray readWhole(const QString &path)
+{
+    QByteArray bytes;
+    QString why;
+    if (readRegularFile(path, kMaxDatabaseBytes, true, bytes, &why) != FileRead::Ok)
+        throw DbError(QStringLiteral("Cannot read the Access file %1: %2").arg(path, why).toStdString());
+    return bytes;
+}
+
+bool sameValue(const QVariant &stored, const QVariant &wanted)
+{
+    if (stored.isNull() || wanted.isNull())
+        return stored.isNull() == wanted.isNull() ||
+               (stored.typeId() == QMetaType::QString && stored.toString().isEmpty() && wanted.toString().isEmpty());
+    if (stored.typeId() == QMetaType::QString)
+        return stored.toString() == wanted.toString();
+    return stored == wanted || stored.toString() == wanted.toString();
+}
+
+} // namespace
+
+std::vector<const Column *> columnsInOrder(const TableDef &table)
+{
+    std::vector<const Column *> columns;
+    for (const Column &c : table.columns)
+        columns.push_back(&c);
+    std::sort(columns.begin(), columns.end(), [](const Column *a, const Column *b) { return a->number < b->number; });
+    return columns;
+}
+
+QString Editor::lockFile(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.dir().filePath(info.completeBaseName() + QStringLiteral(".ldb"));
+}
+
+Editor::Editor(const QString &path) : m_path(path), m_image(readWhole(path), path)
+{
+    // Jet caches pages and locks ranges of a file it has open: writing under it would corrupt the file.
+    if (QFileInfo::exists(lockFile(path)))
+        throw DbError(QStringLiteral("The Access file %1 is open in another program (%2 exists); close that "
+                                     "program first")
+                          .arg(path, lockFile(path))
+                          .toStdString());
+    m_catalog = readCatalog(m_image);
+}
+
+std::vector<QString> Editor::tableNames() const
+{
+    std::vector<QString> names;
+    for (const CatalogEntry &e : m_catalog)
+        names.push_back(e.name);
+    return names;
+}
+
+QString Editor::findTable(const QString &name) const
+{
+    for (const CatalogEntry &e : m_catalog)
+        if (e.name.compare(name, Qt::CaseInsensitive) == 0)
+            return e.name;
+    return QString();
+}
+
+const TableDef &Editor::table(const QString &name)
+{
+    const QString found = findTable(name);
+    if (found.isEmpty())
+        throw DbError(QStringLiteral("No table %1 in the Access file %2").arg(name, m_path).toStdString());
+    auto known = m_tables.find(found);
+    if (known == m_tables.end()) {
+        const auto entry = std::find_if(m_catalog.begin(), m_catalog.end(),
+                                        [&](const CatalogEntry &e) { return e.name == found; });
+        known = m_tables.insert(found, readTableDef(m_image, entry->tableDefPage, found));
+    }
+    return *known;
+}
+
+void Editor::readRows(const QString &tableName,
+                      const std::function<void(RowPointer slot, const QVariantList &values)> &visit)
+{
+    const TableDef &t = table(tableName);
+    const std::vector<const Column *> columns = columnsInOrder(t);
+    forEachRow(m_image, t, [&](RowPointer slot, const QByteArray &bytes) {
+        const StoredRow row = decodeRow(m_image, bytes, t.variableColumns > 0);
+        QVariantList values;
+        for (const Column *c : columns)
+            values << columnValue(m_image, row, *c);
+        visit(slot, values);
+    });
+}
+
+void Editor::updateRow(const QString &tableName, RowPointer slot, const QVariantList &values)
+{
+    if (m_broken)
+        throw DbError("An earlier change to the Access file failed; start again");
+    const TableDef &t = table(tableName);
+    const std::vector<const Column *> columns = columnsInOrder(t);
+    QVariantList stored;
+    const Slot s = slotOf(m_image, slot.page, slot.row);
+    QByteArray bytes = rowBytes(m_image, slot.page, slot.row);
+    if (s.flags == kRowOverflowPointer) {
+        const RowPointer target = RowPointer::unpack(le32(bytes.constData()));
+        bytes = rowBytes(m_image, target.page, target.row);
+    }
+    const StoredRow row = decodeRow(m_image, bytes, t.variableColumns > 0);
+    std::vector<ColumnChange> changes;
+    for (size_t i = 0; i < columns.size() && i < size_t(values.size()); ++i)
+        if (!sameValue(columnValue(m_image, row, *columns[i]), values[qsizetype(i)]))
+            changes.push_back({columns[i], values[qsizetype(i)]});
+    if (changes.empty())
+        return;
+    try {
+        Writer(m_image).updateRow(t, slot, changes);
+    } catch (...) {
+        m_broken = true; // pages may be half changed: this round can only be dropped
+        throw;
+    }
+}
+
+void Editor::commit()
+{
+    if (m_broken)
+        throw DbError("An earlier change to the Access file failed; nothing was written");
+    if (!changed())
+        return;
+    const QStringList problems = checkStructure(m_image);
+    if (!problems.isEmpty())
+        throw DbError(QStringLiteral("The change to the Access file %1 was not written, as it would leave the file "
+                                     "unsound: %2")
+                          .arg(m_path, problems.first())
+                          .toStdString());
+    if (QFileInfo::exists(lockFile(m_path)))
+        throw DbError(QStringLiteral("The Access file %1 was opened by another program meanwhile; nothing was written")
+                          .arg(m_path)
+                          .toStdString());
+    QString why;
+    if (!replaceFileDurably(m_path, m_image.bytes().constData(), m_image.bytes().size(), &why))
+        throw DbError(QStringLiteral("The Access file %1 could not be written: %2").arg(m_path, why).toStdString());
+}
+
+} // namespace ht::jet

@@ -1,0 +1,50 @@
+#pragma once
+// One round of changes to an Access (Jet 4) file: its rows read with where
+// they lie, values of existing rows changed in memory, and the file replaced
+// in one step when everything is done. Nothing reaches the file before
+// commit(); a failed or abandoned round leaves it as it was.
+
+#include "database/jet/JetTable.h"
+#include "database/jet/JetWriter.h"
+
+#include <QHash>
+#include <QVariantList>
+#include <memory>
+
+namespace ht::jet
+{
+
+class Editor
+{
+  public:
+    // Throws DbError when the file cannot be changed: not an unencoded Jet 4
+    // file, open in another program (a lock file beside it), or of a layout
+    // the writer does not know.
+    explicit Editor(const QString &path);
+
+    std::vector<QString> tableNames() const;
+    QString findTable(const QString &name) const; // the catalog's spelling, "" when absent
+    const TableDef &table(const QString &name);   // throws DbError when absent
+    // Every live row: its slot and its values in column-number order.
+    void readRows(const QString &table, const std::function<void(RowPointer slot, const QVariantList &values)> &visit);
+    // Writes the values that differ from the row's; the rest of the row stays as it is.
+    void updateRow(const QString &table, RowPointer slot, const QVariantList &values);
+    bool changed() const { return !m_image.changedPages().isEmpty(); }
+    // Checks the changed file and puts it in place of the old one, flushed to
+    // the disk; throws DbError, with the file as it was, when either fails.
+    void commit();
+
+    static QString lockFile(const QString &path); // "<base>.ldb"
+
+  private:
+    QString m_path;
+    Image m_image;
+    std::vector<CatalogEntry> m_catalog;
+    QHash<QString, TableDef> m_tables;
+    bool m_broken = false;
+};
+
+// The columns of a table in the order of their numbers, as rows list them.
+std::vector<const Column *> columnsInOrder(const TableDef &table);
+
+} // namespace ht::jet

@@ -1,0 +1,86 @@
+#pragma once
+// A table's definition as its TDEF pages hold it, the catalog of user tables,
+// and the usage maps that say which pages a table, a long-value column or the
+// whole file own.
+
+#include "database/jet/JetImage.h"
+
+#include <QString>
+#include <functional>
+#include <vector>
+
+namespace ht::jet
+{
+
+enum ColumnType : quint8 {
+    TypeBoolean = 1,
+    TypeByte = 2,
+    TypeInteger = 3,
+    TypeLong = 4,
+    TypeMoney = 5,
+    TypeSingle = 6,
+    TypeDouble = 7,
+    TypeDateTime = 8,
+    TypeBinary = 9,
+    TypeText = 10,
+    TypeOle = 11,
+    TypeMemo = 12,
+    TypeGuid = 15,
+    TypeNumeric = 16,
+};
+
+struct Column {
+    QString name;
+    quint8 type = 0;
+    quint16 number = 0;        // position in a row's null mask
+    quint16 variableIndex = 0; // position among the row's variable columns
+    quint16 fixedOffset = 0;   // after the row's column count
+    quint16 length = 0;        // bytes, for Text twice the characters
+    quint8 flags = 0;
+    quint8 miscFlags = 0;
+    bool indexed = false;
+    quint32 longValueMap = 0; // the pages of this long-value column's values (packed row pointer), 0 when none
+    bool fixed() const { return flags & 0x01; }
+    bool compressible() const { return miscFlags & 0x01; } // Text may be stored compressed
+    bool longValue() const { return type == TypeMemo || type == TypeOle; }
+};
+
+struct TableDef {
+    QString name;
+    quint32 page = 0;
+    quint32 rowCount = 0;
+    quint16 variableColumns = 0;
+    std::vector<Column> columns;
+    quint32 usedPagesMap = 0, freePagesMap = 0; // packed row pointers
+    std::vector<std::vector<quint16>> indexColumns; // per physical index, the column numbers
+    std::vector<quint32> indexRoots;
+    const Column *column(const QString &name) const; // any case; nullptr when absent
+};
+
+TableDef readTableDef(const Image &image, quint32 page, const QString &name);
+// The page offsets of the TDEF fields the writer keeps up to date.
+constexpr int kTableRowCountOffset = 16;
+
+struct CatalogEntry {
+    QString name;
+    quint32 tableDefPage = 0;
+};
+// The user tables (with `systemTables`, every table), in catalog order.
+std::vector<CatalogEntry> readCatalog(const Image &image, bool systemTables = false);
+
+// The pages a usage map marks, ascending.
+std::vector<quint32> mapPages(const Image &image, quint32 mapPointer);
+bool mapHas(const Image &image, quint32 mapPointer, quint32 page);
+// Marks `page` in the map, or clears its mark. An inline map whose window does
+// not reach the page is moved or turned into a reference map; false when that
+// cannot be done.
+bool setMapBit(Image &image, quint32 mapPointer, quint32 page, bool on);
+// The map of free pages on page 1: a page in use has its bit cleared.
+constexpr quint32 kGlobalMap = (1u << 8) | 0;
+
+// Each live row of the table: the slot that stands for it (which never moves)
+// and its bytes, followed through an overflow pointer where there is one.
+void forEachRow(const Image &image, const TableDef &table,
+                const std::function<void(RowPointer slot, const QByteArray &bytes)> &visit);
+
+} // namespace ht::jet

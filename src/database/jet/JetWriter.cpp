@@ -1,0 +1,262 @@
+#include "database/jet/JetWriter.h"
+
+#include "database/Database.h"
+#include "database/jet/JetRows.h"
+#include "database/jet/JetValues.h"
+
+namespace ht::jet
+{
+
+namespace
+{
+
+constexpr int kMemoHeader = 12;
+constexpr int kInlineMemoMax = 64;                                   // bytes kept in the row itself
+constexpr int kLongValueRowMax = kPageSize - kDataHeader - 2 - 4;    // one row on a page of its own
+constexpr int kChainPartMax = kLongValueRowMax - 4;                  // a chain's rows begin with the next one's pointer
+constexpr quint8 kMemoInline = 0x80, kMemoSingle = 0x40, kMemoChain = 0x00;
+
+QByteArray pointerBytes(RowPointer at)
+{
+    QByteArray b(4, '\0');
+    put32(b.data(), at.packed());
+    return b;
+}
+
+QByteArray memoHeader(quint32 length, quint8 kind, RowPointer first)
+{
+    QByteArray h(kMemoHeader, '\0');
+    put32(h.data(), length | (quint32(kind) << 24));
+    put32(h.data() + 4, first.packed());
+    return h;
+}
+
+} // namespace
+
+void Writer::refuse(const QString &why) const
+{
+    throw DbError(QStringLiteral("%1 cannot be changed here: %2").arg(m_image.name(), why).toStdString());
+}
+
+bool Writer::replaceRowOnPage(quint32 page, int row, const QByteArray &bytes, quint16 flags)
+{
+    std::vector<PageRow> rows = pageRows(m_image, page);
+    if (row < 0 || row > int(rows.size()))
+        return false;
+    if (row == int(rows.size()))
+        rows.push_back({});
+    rows[size_t(row)] = {bytes, flags};
+    char copy[kPageSize];
+    std::copy_n(m_image.page(page), kPageSize, copy);
+    if (!layOutRows(copy, std::move(rows)))
+        return false;
+    std::copy_n(copy, kPageSize, m_image.changePage(page));
+    return true;
+}
+
+void Writer::deleteRow(RowPointer at)
+{
+    replaceRowOnPage(at.page, at.row, QByteArray(), kRowDeleted);
+}
+
+quint32 Writer::newPage(quint32 ownerMap, quint32 freeMap, quint32 tableDefPage, bool longValues)
+{
+    const quint32 page = m_image.appendPage();
+    initDataPage(m_image.changePage(page), tableDefPage, longValues);
+    if (!setMapBit(m_image, kGlobalMap, page, false) || !setMapBit(m_image, ownerMap, page, true))
+        refuse(QStringLiteral("its page maps cannot take a new page"));
+    if (freeMap != 0)
+        setMapBit(m_image, freeMap, page, true);
+    return page;
+}
+
+RowPointer Writer::addLongValueRow(const TableDef &table, const Column &column, const QByteArray &data)
+{
+    if (column.longValueMap == 0)
+        refuse(QStringLiteral("column %1 of table %2 has no pages for long values").arg(column.name, table.name));
+    const quint32 last = m_lastPage.value(column.longValueMap);
+    if (last != 0 && rowCount(m_image.page(last)) < kMaxRowsPerPage &&
+        computedFreeSpace(m_image, last) >= data.size() + 2 && replaceRowOnPage(last, rowCount(m_image.page(last)), data, 0))
+        return {last, quint8(rowCount(m_image.page(last)) - 1)};
+    for (quint32 page : mapPages(m_image, column.longValueMap)) {
+        if (page >= m_image.pageCount())
+            continue;
+        const char *p = m_image.page(page);
+        if (quint8(p[0]) != PageData || QByteArray(p + 4, 4) != "LVAL" || rowCount(p) >= kMaxRowsPerPage ||
+            computedFreeSpace(m_image, page) < data.size() + 2)
+            continue;
+        const int row = rowCount(p);
+        if (replaceRowOnPage(page, row, data, 0))
+            return {page, quint8(row)};
+    }
+    const quint32 page = newPage(column.longValueMap, 0, table.page, true);
+    if (!replaceRowOnPage(page, 0, data, 0))
+        refuse(QStringLiteral("a long value does not fit a page"));
+    m_lastPage[column.longValueMap] = page;
+    return {page, 0};
+}
+
+QByteArray Writer::longValueHeader(const TableDef &table, const Column &column, const QByteArray &data)
+{
+    const quint32 length = quint32(data.size());
+    if (data.size() <= kInlineMemoMax)
+        return memoHeader(length, kMemoInline, {}) + data;
+    if (data.size() <= kLongValueRowMax)
+        return memoHeader(length, kMemoSingle, addLongValueRow(table, column, data));
+    // A chain, written from its end so that each part knows the next.
+    RowPointer next{};
+    for (qsizetype end = data.size(); end > 0;) {
+        const qsizetype start = std::max<qsizetype>(0, end - kChainPartMax);
+        next = addLongValueRow(table, column, pointerBytes(next) + data.mid(start, end - start));
+        end = start;
+    }
+    return memoHeader(length, kMemoChain, next);
+}
+
+RowPointer Writer::addOverflowRow(const TableDef &table, quint32 notOnPage, const QByteArray &bytes)
+{
+    for (quint32 page : mapPages(m_image, table.usedPagesMap)) {
+        if (page == notOnPage || page >= m_image.pageCount())
+            continue;
+        const char *p = m_image.page(page);
+        if (quint8(p[0]) != PageData || le32(p + 4) != table.page || rowCount(p) >= kMaxRowsPerPage ||
+            computedFreeSpace(m_image, page) < bytes.size() + 2)
+            continue;
+        const int row = rowCount(p);
+        if (replaceRowOnPage(page, row, bytes, kRowOverflowTarget))
+            return {page, quint8(row)};
+    }
+    const quint32 page = newPage(table.usedPagesMap, table.freePagesMap, table.page, false);
+    if (!replaceRowOnPage(page, 0, bytes, kRowOverflowTarget))
+        refuse(QStringLiteral("a row of table %1 does not fit a page").arg(table.name));
+    return {page, 0};
+}
+
+// The row's slot never moves: the indexes point at it.
+void Writer::placeRow(const TableDef &table, RowPointer slot, const QByteArray &bytes)
+{
+    const Slot s = slotOf(m_image, slot.page, slot.row);
+    std::optional<RowPointer> oldTarget;
+    if (s.flags == kRowOverflowPointer)
+        oldTarget = RowPointer::unpack(le32(m_image.page(slot.page) + s.start));
+    // Back home when the slot's page can take it, an abandoned overflow row deleted.
+    if (replaceRowOnPage(slot.page, slot.row, bytes, 0)) {
+        if (oldTarget)
+            deleteRow(*oldTarget);
+        return;
+    }
+    if (oldTarget && replaceRowOnPage(oldTarget->page, oldTarget->row, bytes, kRowOverflowTarget))
+        return;
+    const RowPointer target = addOverflowRow(table, slot.page, bytes);
+    if (!replaceRowOnPage(slot.page, slot.row, pointerBytes(target), kRowOverflowPointer))
+        refuse(QStringLiteral("page %1 has no room for an overflow pointer").arg(slot.page));
+    if (oldTarget)
+        deleteRow(*oldTarget);
+}
+
+void Writer::applyChange(const TableDef &table, StoredRow &row, const ColumnChange &change,
+                         std::vector<RowPointer> &freed)
+{
+    const Column &c = *change.column;
+    if (c.number >= row.columnCount())
+        refuse(QStringLiteral("a row of table %1 was stored before column %2 existed").arg(table.name, c.name));
+    if (c.longValue() && !isNull(row, c))
+        readLongValue(m_image, storedBytes(row, c), &freed);
+    if (change.value.isNull()) {
+        setStoredBytes(row, c, std::nullopt);
+        return;
+    }
+    switch (c.type) {
+    case TypeText: {
+        const QString text = change.value.toString();
+        if (text.size() * 2 > c.length)
+            refuse(QStringLiteral("the text for column %1 of table %2 is longer than its %3 characters")
+                       .arg(c.name, table.name)
+                       .arg(c.length / 2));
+        setStoredBytes(row, c, encodeText(text, c.compressible()));
+        break;
+    }
+    case TypeMemo:
+        // Jet stores long values uncompressed where it may not compress them; so does this.
+        setStoredBytes(row, c, longValueHeader(table, c, encodeText(change.value.toString(), false)));
+        break;
+    case TypeBinary:
+        if (change.value.toByteArray().size() > c.length)
+            refuse(QStringLiteral("the value for column %1 of table %2 is too long").arg(c.name, table.name));
+        setStoredBytes(row, c, change.value.toByteArray());
+        break;
+    case TypeByte:
+    case TypeInteger:
+    case TypeLong:
+    case TypeDouble:
+    case TypeDateTime: {
+        const std::optional<QByteArray> number = encodeNumber(c, change.value);
+        if (!number)
+            refuse(QStringLiteral("%1 does not fit column %2 of table %3").arg(change.value.toString(), c.name, table.name));
+        setStoredBytes(row, c, number);
+        break;
+    }
+    default:
+        refuse(QStringLiteral("column %1 of table %2 is of a type that cannot be written yet").arg(c.name, table.name));
+    }
+}
+
+RowPointer Writer::appendRow(const TableDef &table, const std::vector<ColumnChange> &values)
+{
+    StoredRow row;
+    int columns = 0, fixedBytes = 0;
+    for (const Column &c : table.columns) {
+        columns = std::max(columns, c.number + 1);
+        if (c.fixed())
+            fixedBytes = std::max(fixedBytes, c.fixedOffset + c.length);
+    }
+    row.head = QByteArray(2 + fixedBytes, '\0');
+    put16(row.head.data(), quint16(columns));
+    row.nullMask = QByteArray((columns + 7) / 8, '\0');
+    row.variable.resize(table.variableColumns);
+    std::vector<RowPointer> freed;
+    for (const ColumnChange &change : values)
+        applyChange(table, row, change, freed);
+    const QByteArray bytes = encodeRow(row, table.variableColumns > 0);
+    if (bytes.size() > kMaxRowBytes)
+        refuse(QStringLiteral("a row of table %1 would be longer than Jet allows").arg(table.name));
+    quint32 page = m_lastPage.value(table.usedPagesMap);
+    if (page == 0 || rowCount(m_image.page(page)) >= kMaxRowsPerPage ||
+        !replaceRowOnPage(page, rowCount(m_image.page(page)), bytes, 0)) {
+        page = newPage(table.usedPagesMap, table.freePagesMap, table.page, false);
+        if (!replaceRowOnPage(page, 0, bytes, 0))
+            refuse(QStringLiteral("a row of table %1 does not fit a page").arg(table.name));
+        m_lastPage[table.usedPagesMap] = page;
+    }
+    char *definition = m_image.changePage(table.page);
+    put32(definition + kTableRowCountOffset, le32(definition + kTableRowCountOffset) + 1);
+    return {page, quint8(rowCount(m_image.page(page)) - 1)};
+}
+
+void Writer::updateRow(const TableDef &table, RowPointer slot, const std::vector<ColumnChange> &changes)
+{
+    const Slot s = slotOf(m_image, slot.page, slot.row);
+    if (s.flags & kRowOverflowTarget)
+        refuse(QStringLiteral("row %1 of page %2 is no row of table %3").arg(slot.row).arg(slot.page).arg(table.name));
+    QByteArray bytes = rowBytes(m_image, slot.page, slot.row);
+    if (s.flags == kRowOverflowPointer) {
+        const RowPointer target = RowPointer::unpack(le32(bytes.constData()));
+        bytes = rowBytes(m_image, target.page, target.row);
+    }
+    StoredRow row = decodeRow(m_image, bytes, table.variableColumns > 0);
+    std::vector<RowPointer> freed;
+    for (const ColumnChange &change : changes) {
+        if (change.column->indexed)
+            refuse(QStringLiteral("column %1 of table %2 is indexed; indexes cannot be kept up to date yet")
+                       .arg(change.column->name, table.name));
+        applyChange(table, row, change, freed);
+    }
+    const QByteArray encoded = encodeRow(row, table.variableColumns > 0);
+    if (encoded.size() > kMaxRowBytes)
+        refuse(QStringLiteral("a row of table %1 would be longer than Jet allows").arg(table.name));
+    placeRow(table, slot, encoded);
+    for (RowPointer at : freed)
+        deleteRow(at);
+}
+
+} // namespace ht::jet
