@@ -33,6 +33,8 @@ QByteArray memoHeader(quint32 length, quint8 kind, RowPointer first)
 
 } // namespace
 
+void widenRow(const TableDef &table, StoredRow &row);
+
 void Writer::refuse(const QString &why) const
 {
     throw DbError(QStringLiteral("%1 cannot be changed here: %2").arg(m_image.name(), why).toStdString());
@@ -159,7 +161,7 @@ void Writer::applyChange(const TableDef &table, StoredRow &row, const ColumnChan
 {
     const Column &c = *change.column;
     if (c.number >= row.columnCount())
-        refuse(QStringLiteral("a row of table %1 was stored before column %2 existed").arg(table.name, c.name));
+        widenRow(table, row); // stored before the column was added: Jet widens it the same way
     if (c.longValue() && !isNull(row, c))
         readLongValue(m_image, storedBytes(row, c), &freed);
     if (change.value.isNull()) {
@@ -201,19 +203,30 @@ void Writer::applyChange(const TableDef &table, StoredRow &row, const ColumnChan
     }
 }
 
-RowPointer Writer::appendRow(const TableDef &table, const std::vector<ColumnChange> &values)
+void widenRow(const TableDef &table, StoredRow &row)
 {
-    StoredRow row;
     int columns = 0, fixedBytes = 0;
     for (const Column &c : table.columns) {
         columns = std::max(columns, c.number + 1);
         if (c.fixed())
             fixedBytes = std::max(fixedBytes, c.fixedOffset + c.length);
     }
-    row.head = QByteArray(2 + fixedBytes, '\0');
-    put16(row.head.data(), quint16(columns));
-    row.nullMask = QByteArray((columns + 7) / 8, '\0');
-    row.variable.resize(table.variableColumns);
+    if (row.head.size() < 2)
+        row.head = QByteArray(2, '\0');
+    if (row.head.size() < 2 + fixedBytes)
+        row.head.append(QByteArray(2 + fixedBytes - row.head.size(), '\0'));
+    put16(row.head.data(), quint16(std::max<int>(columns, row.columnCount())));
+    const int maskBytes = (row.columnCount() + 7) / 8;
+    if (row.nullMask.size() < maskBytes)
+        row.nullMask.append(QByteArray(maskBytes - row.nullMask.size(), '\0')); // the new columns are null
+    if (row.variable.size() < table.variableColumns)
+        row.variable.resize(table.variableColumns);
+}
+
+RowPointer Writer::appendRow(const TableDef &table, const std::vector<ColumnChange> &values)
+{
+    StoredRow row;
+    widenRow(table, row);
     std::vector<RowPointer> freed;
     for (const ColumnChange &change : values)
         applyChange(table, row, change, freed);

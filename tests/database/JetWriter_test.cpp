@@ -1,0 +1,536 @@
+// The Jet 4 page code against Access-made files: the structural check passes
+// them and catches damage; edits of every kind read back through libmdb with
+// nothing else in the file changed; a kill at any moment leaves the old file or
+// the new one.
+#include "database/HelpTextFixture.h"
+#include "database/jet/JetBuilder.h"
+#include "database/jet/JetCheck.h"
+#include "database/jet/JetEditor.h"
+#include "database/jet/JetRows.h"
+#include "database/jet/JetValues.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRandomGenerator>
+#include <functional>
+#include <gtest/gtest.h>
+#include <map>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace ht;
+using namespace ht::test;
+using namespace ht::jet;
+
+namespace
+{
+
+const char *const kAccessFiles[] = {"test2V2000",         "overflowTestV2000",    "delTestV2000", "compIndexTestV2000",
+                                    "testUnicodeCompV2003", "indexTestV2000", "empty"};
+
+Image loadImage(const QString &path)
+{
+    return Image(readFileBytes(path), path);
+}
+
+QString canonical(const QVariant &v)
+{
+    return v.typeId() == QMetaType::QByteArray ? QString::fromLatin1(v.toByteArray().toHex()) : v.toString();
+}
+
+// libmdb converts text as UCS-2: each half of a character beyond the BMP reads as "?".
+QString libmdbText(QString text)
+{
+    for (QChar &c : text)
+        if (c.isSurrogate())
+            c = QLatin1Char('?');
+    return text;
+}
+
+// Every user table as libmdb reads it: sorted rows of "column=value" fields, by table name.
+std::map<QString, QStringList> readThroughLibmdb(const QString &path)
+{
+    std::map<QString, QStringList> tables;
+    auto db = Database::open(path, Database::Mode::ReadOnly);
+    for (const QString &table : db->tables()) {
+        QStringList fields;
+        QStringList &rows = tables[table];
+        db->forEachRow(QStringLiteral("SELECT * FROM %1").arg(quoteIdentifier(table)), {}, [&](QVariantList &row) {
+            QStringList cells;
+            for (int i = 0; i < row.size(); ++i)
+                cells << fields[i] + QLatin1Char('=') + canonical(row[i]);
+            cells.sort();
+            rows << cells.join(QLatin1Char('|'));
+            return true;
+        }, &fields);
+        rows.sort();
+    }
+    return tables;
+}
+
+// The same from our own reader, with where each row lies.
+struct Model {
+    std::map<QString, std::map<quint32, QVariantList>> rows; // table -> packed slot -> values by column number
+    std::map<QString, QStringList> asLibmdbReadsIt(Editor &editor) const
+    {
+        std::map<QString, QStringList> tables;
+        for (const auto &[table, bySlot] : rows) {
+            const std::vector<const Column *> columns = columnsInOrder(editor.table(table));
+            QStringList &out = tables[table];
+            for (const auto &[slot, values] : bySlot) {
+                QStringList cells;
+                for (size_t i = 0; i < columns.size(); ++i)
+                    cells << columns[i]->name + QLatin1Char('=') + libmdbText(canonical(values[qsizetype(i)]));
+                cells.sort();
+                out << cells.join(QLatin1Char('|'));
+            }
+            out.sort();
+        }
+        return tables;
+    }
+};
+
+Model readModel(Editor &editor)
+{
+    Model m;
+    for (const QString &table : editor.tableNames()) {
+        auto &bySlot = m.rows[table];
+        editor.readRows(table, [&](RowPointer slot, const QVariantList &values) { bySlot[slot.packed()] = values; });
+    }
+    return m;
+}
+
+// A file copied into a temporary folder, its model kept in step with the edits.
+struct EditedCopy {
+    QTemporaryDir dir;
+    QString path;
+    Model model;
+    explicit EditedCopy(const QString &source)
+    {
+        path = writeIn(dir, QStringLiteral("edited.mdb"), readFileBytes(source));
+        Editor editor(path);
+        model = readModel(editor);
+    }
+    void edit(const std::function<void(Editor &, Model &)> &change)
+    {
+        Editor editor(path);
+        change(editor, model);
+        editor.commit();
+    }
+    // Sound, and libmdb reads what the model says: the edits and everything else as it was.
+    void verify(const std::string &where)
+    {
+        const QStringList problems = checkStructure(loadImage(path));
+        EXPECT_TRUE(problems.isEmpty()) << where << ": " << problems.join(QLatin1Char('\n')).toStdString();
+        Editor editor(path);
+        const Model reread = readModel(editor);
+        for (const auto &[table, bySlot] : model.rows)
+            for (const auto &[slot, values] : bySlot)
+                for (qsizetype i = 0; i < values.size(); ++i)
+                    ASSERT_EQ(canonical(reread.rows.at(table).at(slot)[i]), canonical(values[i]))
+                        << where << ": our own reader, table " << table.toStdString() << " column " << i;
+        const auto expected = model.asLibmdbReadsIt(editor);
+        const auto actual = readThroughLibmdb(path);
+        ASSERT_EQ(expected.size(), actual.size()) << where;
+        for (const auto &[table, rows] : expected) {
+            QStringList missing, unexpected;
+            for (const QString &row : rows)
+                if (!actual.at(table).contains(row))
+                    missing << row;
+            for (const QString &row : actual.at(table))
+                if (!rows.contains(row))
+                    unexpected << row;
+            if (missing.size() == 1 && unexpected.size() == 1) { // name the fields that differ
+                const QStringList a = missing[0].split(QLatin1Char('|')), b = unexpected[0].split(QLatin1Char('|'));
+                missing[0].clear();
+                unexpected[0].clear();
+                for (qsizetype i = 0; i < a.size() && i < b.size(); ++i)
+                    if (a[i] != b[i]) {
+                        missing[0] += a[i].left(80) + QLatin1Char(' ');
+                        unexpected[0] += b[i].left(80) + QLatin1Char(' ');
+                    }
+            }
+            EXPECT_TRUE(missing.isEmpty() && unexpected.isEmpty())
+                << where << ", table " << table.toStdString() << "\nexpected but not read:\n"
+                << missing.mid(0, 3).join(QLatin1Char('\n')).toStdString() << "\nread instead:\n"
+                << unexpected.mid(0, 3).join(QLatin1Char('\n')).toStdString();
+        }
+    }
+};
+
+void setValue(Editor &editor, Model &model, const QString &table, quint32 slot, const QString &column,
+              const QVariant &value)
+{
+    const std::vector<const Column *> columns = columnsInOrder(editor.table(table));
+    QVariantList values = model.rows[table][slot];
+    for (size_t i = 0; i < columns.size(); ++i)
+        if (columns[i]->name == column)
+            values[qsizetype(i)] = value;
+    editor.updateRow(table, RowPointer::unpack(slot), values);
+    model.rows[table][slot] = values;
+}
+
+// Texts of the scripts help texts are written in; the last two are beyond the BMP.
+const QString kScripts[] = {QStringLiteral("Plain Latin text for the compressible case"),
+                            QStringLiteral("Αλάρμ: ο αισθητήρας δεν αποκρίνεται"),
+                            QStringLiteral("Авария: датчик не отвечает"),
+                            QStringLiteral("警报：传感器无响应"),
+                            QStringLiteral("إنذار: المستشعر لا يستجيب"),
+                            QStringLiteral("Umlaute äöü ß und € Zeichen"),
+                            QString::fromUtf8("\xF0\x9D\x84\x9E Notenschlüssel \xF0\x9F\x98\x80")};
+
+QString textOfLength(int length, int script)
+{
+    QString text;
+    while (text.size() < length)
+        text += kScripts[script % std::size(kScripts)] + QLatin1Char(' ');
+    text.truncate(length);
+    if (text.size() > 0 && text.back().isHighSurrogate())
+        text.back() = QLatin1Char('x');
+    return text;
+}
+
+quint32 firstSlot(const Model &m, const QString &table)
+{
+    return m.rows.at(table).begin()->first;
+}
+
+} // namespace
+
+TEST(JetCheck, PassesEveryAccessMadeFileAndReadsAsLibmdbDoes)
+{
+    for (const char *name : kAccessFiles) {
+        const QString path = jetTestFile(QString::fromLatin1(name));
+        EXPECT_EQ(checkStructure(loadImage(path)), QStringList()) << name;
+        Editor editor(path);
+        EXPECT_EQ(readModel(editor).asLibmdbReadsIt(editor), readThroughLibmdb(path)) << name;
+    }
+}
+
+TEST(JetCheck, CatchesDamagedCopies)
+{
+    struct Damage {
+        const char *file;
+        const char *what;
+        std::function<void(Image &)> apply;
+        const char *expected;
+    };
+    const auto firstDataPage = [](Image &image, const QString &table) {
+        for (const CatalogEntry &e : readCatalog(image))
+            if (e.name == table)
+                return mapPages(image, readTableDef(image, e.tableDefPage, e.name).usedPagesMap).front();
+        return quint32(0);
+    };
+    const auto tableDefOf = [](Image &image, const QString &table) {
+        for (const CatalogEntry &e : readCatalog(image))
+            if (e.name == table)
+                return e.tableDefPage;
+        return quint32(0);
+    };
+    const Damage damages[] = {
+        {"compIndexTestV2000", "free-space field off by one",
+         [&](Image &im) {
+             char *p = im.changePage(firstDataPage(im, QStringLiteral("Table1")));
+             put16(p + 2, le16(p + 2) + 1);
+         },
+         "free space field"},
+        {"compIndexTestV2000", "two row offsets swapped",
+         [&](Image &im) {
+             char *p = im.changePage(firstDataPage(im, QStringLiteral("Table1")));
+             const quint16 a = le16(p + kDataHeader), b = le16(p + kDataHeader + 2);
+             put16(p + kDataHeader, b);
+             put16(p + kDataHeader + 2, a);
+         },
+         "lies outside its page"},
+        {"compIndexTestV2000", "row count of the definition",
+         [&](Image &im) {
+             char *p = im.changePage(tableDefOf(im, QStringLiteral("Table1")));
+             put32(p + kTableRowCountOffset, 511);
+         },
+         "rows, but its definition says"},
+        {"compIndexTestV2000", "an owned page marked free in the global map",
+         [&](Image &im) { setMapBit(im, kGlobalMap, firstDataPage(im, QStringLiteral("Table1")), true); },
+         "which the global map calls free"},
+        {"compIndexTestV2000", "an index entry pointing at another row",
+         [&](Image &im) {
+             quint32 page = 0; // a leaf of the table's index
+             while (quint8(im.page(page)[0]) != 4 || le32(im.page(page) + 4) != tableDefOf(im, QStringLiteral("Table1")))
+                 ++page;
+             char *p = im.changePage(page);
+             int end = 0; // the end of the first entry: its last byte is the row number
+             while (!((quint8(p[27 + end / 8]) >> (end % 8)) & 1))
+                 ++end;
+             p[480 + end - 1] = char(250);
+         },
+         "no row"},
+        {"overflowTestV2000", "an overflow pointer to a plain row",
+         [&](Image &im) {
+             for (quint32 page : mapPages(im, readTableDef(im, tableDefOf(im, QStringLiteral("Table1")),
+                                                           QStringLiteral("Table1"))
+                                                  .usedPagesMap))
+                 for (int r = 0; r < rowCount(im.page(page)); ++r)
+                     if (slotOf(im, page, r).flags == kRowOverflowPointer) {
+                         char *p = im.changePage(page);
+                         put32(p + slotOf(im, page, r).start, RowPointer{page, quint8(r)}.packed());
+                         return;
+                     }
+         },
+         "overflow pointer to no overflow row"},
+    };
+    for (const Damage &d : damages) {
+        Image image = loadImage(jetTestFile(QString::fromLatin1(d.file)));
+        d.apply(image);
+        const QString problems = checkStructure(image).join(QLatin1Char('\n'));
+        EXPECT_TRUE(problems.contains(QLatin1String(d.expected))) << d.what << ": " << problems.toStdString();
+    }
+}
+
+TEST(JetBuilder, CatalogKeysAreTheOnesAccessWrites)
+{
+    // Every entry of the empty file's two catalog indexes, made again from the rows.
+    Image image = loadImage(jetTestFile(QStringLiteral("empty")));
+    const TableDef catalog = readTableDef(image, 2, QStringLiteral("MSysObjects"));
+    int compared = 0;
+    forEachRow(image, catalog, [&](RowPointer at, const QByteArray &bytes) {
+        const StoredRow row = decodeRow(image, bytes, true);
+        const auto value = [&](const char *name) { return columnValue(image, row, *catalog.column(QString::fromLatin1(name))); };
+        QByteArray byId = longIndexKey(value("Id").toInt());
+        QByteArray byName = longIndexKey(value("ParentId").toInt()) + letterIndexKey(value("Name").toString());
+        for (QByteArray *key : {&byId, &byName})
+            key->append(char(at.page >> 16)).append(char(at.page >> 8)).append(char(at.page)).append(char(at.row));
+        const QByteArray leaves = QByteArray(image.page(catalog.indexRoots[0]) + 480, kPageSize - 480) +
+                                  QByteArray(image.page(catalog.indexRoots[1]) + 480, kPageSize - 480);
+        EXPECT_TRUE(leaves.contains(byName)) << value("Name").toString().toStdString();
+        EXPECT_TRUE(leaves.contains(byId)) << value("Name").toString().toStdString();
+        ++compared;
+    });
+    EXPECT_EQ(compared, 18);
+    EXPECT_TRUE(letterIndexKey(QStringLiteral("Alarm_Text")).isEmpty());
+}
+
+TEST(JetBuilder, MakesAnAccessFileLibmdbReadsAsTheSqliteOne)
+{
+    QTemporaryDir dir;
+    const QString sqlite = dir.filePath(QStringLiteral("help.sqlite")), access = dir.filePath(QStringLiteral("help.mdb"));
+    makeHelpTextDb(sqlite);
+    {
+        auto db = Database::open(sqlite);
+        db->exec(QStringLiteral("INSERT INTO Language VALUES (1, 'English', 'Arial', '00000409')"));
+        db->exec(QStringLiteral("INSERT INTO AlarmText (Alarm_ID, Language, Device, Result, Function) "
+                                "SELECT AlarmID, 1, 'Device ' || AlarmID, NULL, ? FROM AlarmDefinition"),
+                 {textOfLength(3000, 3)});
+    }
+    convertSqliteToJet(sqlite, jetTestFile(QStringLiteral("empty")), access);
+    auto a = Database::open(sqlite, Database::Mode::ReadOnly);
+    auto b = Database::open(access, Database::Mode::ReadOnly);
+    ASSERT_EQ(b->format(), DbFormat::Jet);
+    for (const QString &table : a->tables()) {
+        const QString sql = QStringLiteral("SELECT * FROM %1").arg(quoteIdentifier(table));
+        const auto expected = a->query(sql).rows(), actual = b->query(sql).rows();
+        ASSERT_EQ(expected.size(), actual.size()) << table.toStdString();
+        for (size_t i = 0; i < expected.size(); ++i)
+            for (int k = 0; k < expected[i].size(); ++k)
+                ASSERT_EQ(expected[i][k].toString(), actual[i][k].toString()) << table.toStdString() << " row " << i;
+    }
+}
+
+TEST(JetWriter, TextAndMemoOfEveryLengthAndScriptReadBack)
+{
+    EditedCopy copy(jetTestFile(QStringLiteral("test2V2000")));
+    const QString table = QStringLiteral("MSP_PROJECTS");
+    const quint32 slot = firstSlot(copy.model, table);
+    // Empty, inline, one long-value row, a chain of them past 10,000 characters.
+    for (int length : {0, 1, 30, 31, 33, 500, 2000, 2100, 12000, 40})
+        for (int script = 0; script < int(std::size(kScripts)); script += length > 100 ? 3 : 1) {
+            copy.edit([&](Editor &e, Model &m) {
+                setValue(e, m, table, slot, QStringLiteral("PROJ_PROP_AUTHOR"), textOfLength(length, script));
+                setValue(e, m, table, slot, QStringLiteral("PROJ_OPT_CURRENCY_SYMBOL"), textOfLength(length % 20, script));
+            });
+            copy.verify("length " + std::to_string(length) + ", script " + std::to_string(script));
+        }
+    copy.edit([&](Editor &e, Model &m) { setValue(e, m, table, slot, QStringLiteral("PROJ_PROP_AUTHOR"), QVariant()); });
+    copy.verify("memo set to NULL");
+}
+
+TEST(JetWriter, RowsGrowPastTheirPageAndShrinkBack)
+{
+    // The first two have rows that cannot all stay on their pages.
+    for (const char *file : {"compIndexTestV2000", "overflowTestV2000", "delTestV2000"}) {
+        const bool mustMove = std::string(file) != "delTestV2000";
+        EditedCopy copy(jetTestFile(QString::fromLatin1(file)));
+        const Model original = copy.model;
+        const QString table = copy.model.rows.count(QStringLiteral("Table1")) ? QStringLiteral("Table1") : QStringLiteral("Table");
+        Editor probe(copy.path);
+        const std::vector<const Column *> columns = columnsInOrder(probe.table(table));
+        const auto fill = [&](int length) {
+            copy.edit([&](Editor &e, Model &m) {
+                int n = 0;
+                for (auto &[slot, values] : m.rows[table]) {
+                    for (const Column *c : columns)
+                        if (!c->indexed && c->type == TypeText)
+                            setValue(e, m, table, slot, c->name, textOfLength(std::min<int>(length, c->length / 2), n));
+                    ++n;
+                }
+            });
+        };
+        const qint64 before = QFileInfo(copy.path).size();
+        fill(255);
+        copy.verify(std::string(file) + " grown");
+        if (std::string(file) == "compIndexTestV2000")
+            EXPECT_GT(QFileInfo(copy.path).size(), before) << file << ": grown rows moved to new pages";
+        int moved = 0;
+        Image image = loadImage(copy.path);
+        for (const auto &[slot, values] : copy.model.rows[table])
+            moved += slotOf(image, RowPointer::unpack(slot).page, RowPointer::unpack(slot).row).flags == kRowOverflowPointer;
+        if (mustMove)
+            EXPECT_GT(moved, 0) << file;
+        // Back to the values Access wrote; every row finds its way home or stays where it went.
+        copy.edit([&](Editor &e, Model &m) {
+            for (const auto &[slot, values] : original.rows.at(table)) {
+                e.updateRow(table, RowPointer::unpack(slot), values);
+                m.rows[table][slot] = values;
+            }
+        });
+        copy.verify(std::string(file) + " shrunk");
+    }
+}
+
+TEST(JetWriter, RandomEditSequences)
+{
+    QTemporaryDir dir;
+    const QString sqlite = dir.filePath(QStringLiteral("help.sqlite")), helpText = dir.filePath(QStringLiteral("help.mdb"));
+    makeHelpTextDb(sqlite, false);
+    Database::open(sqlite)->exec(QStringLiteral("INSERT INTO AlarmText (Alarm_ID, Language, Device) "
+                                                "SELECT AlarmID, 1, 'Device' FROM AlarmDefinition"));
+    convertSqliteToJet(sqlite, jetTestFile(QStringLiteral("empty")), helpText);
+    QRandomGenerator random(20261125);
+    int edits = 0;
+    for (const QString &file : {jetTestFile(QStringLiteral("compIndexTestV2000")), jetTestFile(QStringLiteral("overflowTestV2000")),
+                                jetTestFile(QStringLiteral("test2V2000")), helpText}) {
+        EditedCopy copy(file);
+        for (int round = 0; round < 6; ++round) {
+            copy.edit([&](Editor &e, Model &m) {
+                for (int k = 0; k < 15; ++k, ++edits) {
+                    auto table = m.rows.begin();
+                    std::advance(table, random.bounded(int(m.rows.size())));
+                    if (table->second.empty())
+                        continue;
+                    auto row = table->second.begin();
+                    std::advance(row, random.bounded(int(table->second.size())));
+                    std::vector<const Column *> writable;
+                    for (const Column *c : columnsInOrder(e.table(table->first)))
+                        if (!c->indexed && (c->type == TypeText || c->type == TypeMemo))
+                            writable.push_back(c);
+                    if (writable.empty())
+                        continue;
+                    const Column *c = writable[random.bounded(int(writable.size()))];
+                    const int lengths[] = {0, 5, 60, 255, 1500, 5000};
+                    int length = lengths[random.bounded(int(std::size(lengths)))];
+                    if (c->type == TypeText)
+                        length = std::min<int>(length, c->length / 2);
+                    const QVariant value = random.bounded(8) == 0 ? QVariant() : QVariant(textOfLength(length, random.bounded(7)));
+                    setValue(e, m, table->first, row->first, c->name, value);
+                }
+            });
+            copy.verify(file.toStdString() + " round " + std::to_string(round));
+        }
+    }
+    EXPECT_GE(edits, 300);
+}
+
+TEST(JetWriter, RefusesWhatItCannotDoSafely)
+{
+    QTemporaryDir dir;
+    const auto copyOf = [&](const char *name) {
+        return writeIn(dir, QString::fromLatin1(name) + QStringLiteral(".mdb"), readFileBytes(jetTestFile(QString::fromLatin1(name))));
+    };
+    const auto refusal = [](const std::function<void()> &f) {
+        try {
+            f();
+        } catch (const DbError &e) {
+            return QString::fromUtf8(e.what());
+        }
+        return QString();
+    };
+    // An indexed column; the file stays as it was.
+    const QString indexed = copyOf("compIndexTestV2000");
+    const QByteArray before = readFileBytes(indexed);
+    EXPECT_TRUE(refusal([&] {
+                    Editor e(indexed);
+                    e.readRows(QStringLiteral("Table1"), [&](RowPointer slot, QVariantList values) {
+                        values[0] = values[0].toInt() + 100000;
+                        e.updateRow(QStringLiteral("Table1"), slot, values);
+                    });
+                }).contains(QLatin1String("indexed")));
+    EXPECT_EQ(readFileBytes(indexed), before);
+    // Open in another program.
+    const QString locked = copyOf("delTestV2000");
+    writeFileBytes(dir.filePath(QStringLiteral("delTestV2000.ldb")), "lock");
+    EXPECT_TRUE(refusal([&] { Editor e(locked); }).contains(QLatin1String("open in another program")));
+    // Encoded, or of another version or page layout.
+    // Jet 3, Access 2007, an encoding key, not a database page.
+    const std::pair<int, char> layouts[] = {{0x14, 0x00}, {0x14, 0x02}, {0x3E, 0x5A}, {0, 0x01}};
+    for (const auto &[offset, byte] : layouts) {
+        QByteArray bytes = readFileBytes(jetTestFile(QStringLiteral("empty")));
+        bytes[offset] = byte;
+        const QString path = writeIn(dir, QStringLiteral("odd%1.mdb").arg(offset), bytes);
+        EXPECT_FALSE(refusal([&] { Editor e(path); }).isEmpty()) << offset;
+    }
+    // A text longer than its column.
+    EditedCopy copy(jetTestFile(QStringLiteral("delTestV2000")));
+    EXPECT_TRUE(refusal([&] {
+                    copy.edit([&](Editor &e, Model &m) {
+                        setValue(e, m, QStringLiteral("Table"), firstSlot(m, QStringLiteral("Table")), QStringLiteral("a"),
+                                 textOfLength(300, 0));
+                    });
+                }).contains(QLatin1String("longer than")));
+}
+
+// A child applies one batch of edits and commits; the parent kills it at a random moment.
+TEST(JetWriter, KilledAtAnyMomentLeavesTheOldFileOrTheNew)
+{
+    const int runs = qEnvironmentVariableIntValue("HELPTEXT_CRASH_RUNS") > 0 ? qEnvironmentVariableIntValue("HELPTEXT_CRASH_RUNS") : 20;
+    QTemporaryDir dir;
+    const QByteArray original = readFileBytes(jetTestFile(QStringLiteral("compIndexTestV2000")));
+    const auto batch = [](const QString &path) {
+        Editor e(path);
+        e.readRows(QStringLiteral("Table1"), [&](RowPointer slot, QVariantList values) {
+            values[1] = textOfLength(50, int(slot.row));
+            values[2] = textOfLength(40, int(slot.page));
+            e.updateRow(QStringLiteral("Table1"), slot, values);
+        });
+        e.commit();
+    };
+    const QString reference = writeIn(dir, QStringLiteral("reference.mdb"), original);
+    QElapsedTimer timer;
+    timer.start();
+    batch(reference);
+    const qint64 batchMicros = std::max<qint64>(1000, timer.nsecsElapsed() / 1000);
+    const QByteArray updated = readFileBytes(reference);
+    ASSERT_NE(updated, original);
+    QRandomGenerator random(7);
+    int old = 0, replaced = 0;
+    for (int run = 0; run < runs; ++run) {
+        const QString path = writeIn(dir, QStringLiteral("killed.mdb"), original);
+        const pid_t child = fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            try {
+                batch(path);
+            } catch (...) {
+                _exit(1);
+            }
+            _exit(0);
+        }
+        usleep(useconds_t(batchMicros * 3 / 10 + random.bounded(int(batchMicros * 12 / 10))));
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        const QByteArray now = readFileBytes(path);
+        ASSERT_TRUE(now == original || now == updated) << "run " << run;
+        (now == original ? old : replaced)++;
+        EXPECT_EQ(checkStructure(Image(now, path)), QStringList());
+    }
+    RecordProperty("old", old);
+    RecordProperty("new", replaced);
+}
