@@ -4,6 +4,7 @@
 #include "database/Collation.h"
 #include "database/DatabaseImpl.h"
 #include "database/JetFile.h"
+#include "database/JetWrites.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -108,9 +109,24 @@ QSqlQuery Database::Impl::run(const QString &sql, const QVariantList &params)
                 q.addBindValue(p);
             ok = q.exec();
         }
+        if (ok && jetWrites && transactionDepth == 0 && !jetWrites->changed.isEmpty()) {
+            // A change outside a transaction goes into the file at once.
+            try {
+                writeJetChanges();
+            } catch (const DbError &e) {
+                dropJetChanges();
+                fail(QString::fromUtf8(e.what()), {});
+            }
+        }
         if (ok)
             return q;
         const QSqlError err = q.lastError();
+        if (jetWrites && !jetWrites->refusal.isEmpty()) {
+            const QString what = std::exchange(jetWrites->refusal, QString());
+            fail(QStringLiteral("%1 cannot be done in an Access file yet; convert the database to SQLite for this job")
+                     .arg(what),
+                 sql);
+        }
         if (jet) {
             const QString table = missingTable(err.databaseText());
             if (!table.isEmpty() && !copiedNow.contains(table.toLower()) && ensureJetTable(table)) {
@@ -137,6 +153,10 @@ bool Database::Impl::ensureJetTable(const QString &table)
         return false;
     if (hasSqliteTable(name))
         return true;
+    if (jetWrites) {
+        copyJetTableForWriting(name);
+        return true;
+    }
     // The memory copy refuses writes (query_only) except while a table is copied in.
     QSqlQuery(db).exec(QStringLiteral("PRAGMA query_only = 0"));
     const bool outer = transactionDepth == 0;
@@ -174,13 +194,12 @@ std::unique_ptr<Database> Database::open(const QString &path, Mode mode)
     case DbFormat::Unknown:
         impl->fail(QStringLiteral("Not a database file"), refusal);
     case DbFormat::Jet:
-        if (mode == Mode::ReadWrite)
-            impl->fail(QStringLiteral("A Jet (Access) database can only be opened for reading; "
-                                      "convert it to SQLite to change it"),
-                       {});
         impl->jet = JetFile::open(path);
         impl->openConnection(QStringLiteral(":memory:"), false);
-        QSqlQuery(impl->db).exec(QStringLiteral("PRAGMA query_only = 1"));
+        if (mode == Mode::ReadWrite)
+            impl->openJetForWriting();
+        else
+            QSqlQuery(impl->db).exec(QStringLiteral("PRAGMA query_only = 1"));
         break;
     case DbFormat::SQLite: {
         const QFileInfo info(path);
@@ -331,6 +350,8 @@ Database::Transaction::~Transaction()
     m_db.d->transactionDepth = m_level - 1;
     try {
         if (m_level == 1) {
+            if (m_db.d->jetWrites)
+                m_db.d->jetWrites->changed.clear();
             m_db.d->run(QStringLiteral("ROLLBACK"), {});
         } else {
             m_db.d->run(QStringLiteral("ROLLBACK TO helptext_%1").arg(m_level), {});
@@ -345,6 +366,8 @@ void Database::Transaction::commit()
 {
     if (m_done)
         return;
+    if (m_level == 1)
+        m_db.d->writeJetChanges(); // the file first: when it fails, everything is rolled back
     m_db.d->run(m_level == 1 ? QStringLiteral("COMMIT") : QStringLiteral("RELEASE helptext_%1").arg(m_level), {});
     m_done = true;
     m_db.d->transactionDepth = m_level - 1;

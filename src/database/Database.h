@@ -1,7 +1,7 @@
 #pragma once
 // The one database layer: opens a help-text, language-definition or index-text
 // database by path (SQLite, or a Jet .mdb/.vws file recognised by its header and
-// copied into an in-memory SQLite database for reading), runs parameterised SQL,
+// copied into an in-memory SQLite database as its tables are used), runs parameterised SQL,
 // returns recordset-like results, and frames writes in transactions.
 // Parts never talk to SQLite or libmdb directly.
 
@@ -84,7 +84,9 @@ class Database
     Database &operator=(const Database &) = delete;
 
     // Throws DbError when the file is missing, not a database, or cannot be opened in `mode`.
-    // A Jet file can only be opened ReadOnly.
+    // A Jet file opened ReadWrite takes updates of existing rows in columns that are not
+    // indexed; they reach the file when the transaction (or the single statement) commits.
+    // A statement that would add or delete rows or change the design fails, naming it.
     static std::unique_ptr<Database> open(const QString &path, Mode mode = Mode::ReadWrite);
     // Creates a new, empty SQLite database file (fails when the file exists).
     static std::unique_ptr<Database> create(const QString &path);

@@ -435,6 +435,11 @@ void checkError(Source &in, char tag)
 
 } // namespace
 
+QString jetSqlType(int jetType)
+{
+    return sqlTypeFor(jetType);
+}
+
 JetFile::JetFile(QString path, QStringList tables) : m_path(std::move(path)), m_tables(std::move(tables)) {}
 JetFile::~JetFile() = default;
 

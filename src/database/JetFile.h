@@ -50,6 +50,9 @@ class JetFile
     QStringList m_tables;
 };
 
+// The SQLite declaration a column of this Jet type gets when copied.
+QString jetSqlType(int jetType);
+
 // Creates `table` in the SQLite connection `connection` and copies every row into it.
 // The caller frames the copy in a transaction.
 void copyJetTable(JetFile &jet, const QString &table, const QString &connection);

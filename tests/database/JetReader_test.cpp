@@ -97,10 +97,9 @@ TEST_P(JetReaderFile, ConvertedSqliteFileHoldsTheSameData)
 
 INSTANTIATE_TEST_SUITE_P(AccessFiles, JetReaderFile, ::testing::Values("test2V2000", "testUnicodeCompV2003"));
 
-TEST(JetReader, TextComparesCaselessAndTheFileIsOnlyRead)
+TEST(JetReader, TextComparesCaseless)
 {
     const QString path = jetTestFile(QStringLiteral("testUnicodeCompV2003"));
-    EXPECT_THROW(Database::open(path, Database::Mode::ReadWrite), DbError);
     auto db = Database::open(path, Database::Mode::ReadOnly);
     const std::pair<const char *, int> cases[] = {
         {"МИР", 3}, {"ÄÄKKÖSIÄ", 2}, {"ÜMLAUT", 7}, {"ONLY ASCII CHARS", 1}, {"漢字仮名交じり文", 5}};

@@ -467,7 +467,16 @@ TEST(JetWriter, RefusesWhatItCannotDoSafely)
     // Open in another program.
     const QString locked = copyOf("delTestV2000");
     writeFileBytes(dir.filePath(QStringLiteral("delTestV2000.ldb")), "lock");
-    EXPECT_TRUE(refusal([&] { Editor e(locked); }).contains(QLatin1String("open in another program")));
+    const QByteArray unlocked = readFileBytes(locked);
+    EXPECT_TRUE(refusal([&] {
+                    Editor e(locked);
+                    e.readRows(QStringLiteral("Table"), [&](RowPointer slot, QVariantList values) {
+                        values[1] = QStringLiteral("changed");
+                        e.updateRow(QStringLiteral("Table"), slot, values);
+                    });
+                    e.commit();
+                }).contains(QLatin1String("open in another program")));
+    EXPECT_EQ(readFileBytes(locked), unlocked);
     // Encoded, or of another version or page layout.
     // Jet 3, Access 2007, an encoding key, not a database page.
     const std::pair<int, char> layouts[] = {{0x14, 0x00}, {0x14, 0x02}, {0x3E, 0x5A}, {0, 0x01}};

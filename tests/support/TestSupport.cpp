@@ -1,5 +1,7 @@
 #include "support/TestSupport.h"
 
+#include "database/Database.h"
+
 #include "common/ErrorLog.h"
 
 #include <QFile>
@@ -34,5 +36,10 @@ void writeFileBytes(const QString &path, const QByteArray &bytes)
 
 QString sourceDir() { return QStringLiteral(HELPTEXT_SOURCE_DIR); }
 QString binDir() { return QStringLiteral(HELPTEXT_BIN_DIR); }
+
+void makeAccessCopy(const QString &sqlitePath, const QString &jetPath)
+{
+    convertSqliteToJet(sqlitePath, sourceDir() + QStringLiteral("/tests/data/jet/empty.mdb"), jetPath);
+}
 
 } // namespace ht::test

@@ -24,6 +24,9 @@ struct TestContext {
 QByteArray readFileBytes(const QString &path);
 void writeFileBytes(const QString &path, const QByteArray &bytes);
 QString sourceDir();                     // repository root
+// An Access (Jet 4) file holding the tables and rows of an SQLite one, made from the
+// Access-made empty database in tests/data/jet; `jetPath` must not exist.
+void makeAccessCopy(const QString &sqlitePath, const QString &jetPath);
 QString binDir();                        // build/bin
 
 } // namespace ht::test

@@ -53,13 +53,22 @@ QString Editor::lockFile(const QString &path)
 
 Editor::Editor(const QString &path) : m_path(path), m_image(readWhole(path), path)
 {
-    // Jet caches pages and locks ranges of a file it has open: writing under it would corrupt the file.
-    if (QFileInfo::exists(lockFile(path)))
-        throw DbError(QStringLiteral("The Access file %1 is open in another program (%2 exists); close that "
-                                     "program first")
-                          .arg(path, lockFile(path))
-                          .toStdString());
     m_catalog = readCatalog(m_image);
+}
+
+Editor::Editor(const QString &path, const QByteArray &bytes) : m_path(path), m_image(bytes, path)
+{
+    m_catalog = readCatalog(m_image);
+}
+
+void Editor::checkNotOpenElsewhere() const
+{
+    // Jet caches pages and locks ranges of a file it has open: writing under it would corrupt the file.
+    if (QFileInfo::exists(lockFile(m_path)))
+        throw DbError(QStringLiteral("The Access file %1 is open in another program (%2 exists); close that "
+                                     "program first. Nothing was written.")
+                          .arg(m_path, lockFile(m_path))
+                          .toStdString());
 }
 
 std::vector<QString> Editor::tableNames() const
@@ -146,10 +155,7 @@ void Editor::commit()
                                      "unsound: %2")
                           .arg(m_path, problems.first())
                           .toStdString());
-    if (QFileInfo::exists(lockFile(m_path)))
-        throw DbError(QStringLiteral("The Access file %1 was opened by another program meanwhile; nothing was written")
-                          .arg(m_path)
-                          .toStdString());
+    checkNotOpenElsewhere();
     QString why;
     if (!replaceFileDurably(m_path, m_image.bytes().constData(), m_image.bytes().size(), &why))
         throw DbError(QStringLiteral("The Access file %1 could not be written: %2").arg(m_path, why).toStdString());

@@ -18,9 +18,12 @@ class Editor
 {
   public:
     // Throws DbError when the file cannot be changed: not an unencoded Jet 4
-    // file, open in another program (a lock file beside it), or of a layout
-    // the writer does not know.
+    // file, or of a layout the writer does not know.
     explicit Editor(const QString &path);
+    Editor(const QString &path, const QByteArray &bytes); // the file as read before
+    const QByteArray &bytes() const { return m_image.bytes(); }
+    // Throws DbError when another program has the file open (a lock file beside it).
+    void checkNotOpenElsewhere() const;
 
     std::vector<QString> tableNames() const;
     QString findTable(const QString &name) const; // the catalog's spelling, "" when absent
@@ -30,8 +33,9 @@ class Editor
     // Writes the values that differ from the row's; the rest of the row stays as it is.
     void updateRow(const QString &table, RowPointer slot, const QVariantList &values);
     bool changed() const { return !m_image.changedPages().isEmpty(); }
-    // Checks the changed file and puts it in place of the old one, flushed to
-    // the disk; throws DbError, with the file as it was, when either fails.
+    // Checks the changed file and that no other program has it open, then puts
+    // it in place of the old one, flushed to the disk; throws DbError, with the
+    // file as it was, when any of it fails.
     void commit();
 
     static QString lockFile(const QString &path); // "<base>.ldb"

@@ -128,7 +128,7 @@ QByteArray readLongValue(const Image &image, const QByteArray &header, std::vect
     }
     QByteArray value;
     for (int hops = 0; at.page != 0 && quint32(value.size()) < length; ++hops) {
-        if (hops > 600000)
+        if (hops > 600000 || value.size() > image.bytes().size())
             image.damaged(QStringLiteral("a long value's chain does not end"));
         if (rows)
             rows->push_back(at);

@@ -1,0 +1,180 @@
+// Writing an Access (Jet 4) file in place: values of existing rows only.
+#include "database/DatabaseImpl.h"
+#include "database/JetFile.h"
+#include "database/JetWrites.h"
+
+#include <QFileInfo>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <sqlite3.h>
+
+namespace ht
+{
+
+namespace
+{
+
+bool inMainDatabase(const char *database)
+{
+    return database && qstrcmp(database, "main") == 0;
+}
+
+// SQLite asks before it prepares a statement: what a Jet file cannot take yet is refused there,
+// before anything changes, and the refusal is kept for the message.
+int authorize(void *state, int action, const char *first, const char *second, const char *database, const char *)
+{
+    auto *w = static_cast<JetWrites *>(state);
+    if (w->copying)
+        return SQLITE_OK;
+    const QString table = QString::fromUtf8(first);
+    const bool schema = (action == SQLITE_INSERT || action == SQLITE_DELETE || action == SQLITE_UPDATE) &&
+                        inMainDatabase(database) && table.startsWith(QLatin1String("sqlite_"));
+    if (schema) {
+        w->refusal = QStringLiteral("Changing the design of the database");
+        return SQLITE_DENY;
+    }
+    switch (action) {
+    case SQLITE_INSERT:
+        if (!inMainDatabase(database))
+            return SQLITE_OK;
+        w->refusal = QStringLiteral("Adding rows to table %1").arg(table);
+        return SQLITE_DENY;
+    case SQLITE_DELETE:
+        if (!inMainDatabase(database))
+            return SQLITE_OK;
+        w->refusal = QStringLiteral("Deleting rows of table %1").arg(table);
+        return SQLITE_DENY;
+    case SQLITE_UPDATE: {
+        if (!inMainDatabase(database) || !w->rowPlaces.contains(table))
+            return SQLITE_OK;
+        const jet::Column *column = nullptr;
+        try {
+            column = w->file->table(table).column(QString::fromUtf8(second));
+        } catch (const DbError &) {
+            return SQLITE_DENY; // never throw through SQLite
+        }
+        if (column && column->indexed) {
+            w->refusal = QStringLiteral("Changing column %1 of table %2, which is indexed,").arg(column->name, table);
+            return SQLITE_DENY;
+        }
+        return SQLITE_OK;
+    }
+    case SQLITE_CREATE_TABLE:
+    case SQLITE_CREATE_INDEX:
+    case SQLITE_CREATE_TRIGGER:
+    case SQLITE_CREATE_VIEW:
+    case SQLITE_DROP_TABLE:
+    case SQLITE_DROP_INDEX:
+    case SQLITE_DROP_TRIGGER:
+    case SQLITE_DROP_VIEW:
+    case SQLITE_ALTER_TABLE:
+        if (action == SQLITE_ALTER_TABLE ? !inMainDatabase(first) : !inMainDatabase(database))
+            return SQLITE_OK;
+        w->refusal = QStringLiteral("Changing the design of the database");
+        return SQLITE_DENY;
+    default:
+        return SQLITE_OK;
+    }
+}
+
+void noteUpdate(void *state, int operation, const char *database, const char *table, sqlite3_int64 rowid)
+{
+    auto *w = static_cast<JetWrites *>(state);
+    if (!w->copying && operation == SQLITE_UPDATE && inMainDatabase(database))
+        w->changed.insert({QString::fromUtf8(table), rowid});
+}
+
+} // namespace
+
+void Database::Impl::openJetForWriting()
+{
+    const QFileInfo info(path);
+    // The file is replaced by a new one: the folder must take it.
+    if (!info.isWritable())
+        fail(QStringLiteral("The database file is write-protected"), {});
+    if (!QFileInfo(info.absolutePath()).isWritable())
+        fail(QStringLiteral("The folder of the database is write-protected"), {});
+    jetWrites = std::make_unique<JetWrites>();
+    jetWrites->file = std::make_unique<jet::Editor>(path);
+    sqlite3_set_authorizer(handle, authorize, jetWrites.get());
+    sqlite3_update_hook(handle, noteUpdate, jetWrites.get());
+}
+
+void Database::Impl::copyJetTableForWriting(const QString &table)
+{
+    const jet::TableDef &def = jetWrites->file->table(table);
+    const std::vector<const jet::Column *> columns = jet::columnsInOrder(def);
+    QStringList defs, marks;
+    for (const jet::Column *c : columns) {
+        defs << quoteIdentifier(c->name) + QLatin1Char(' ') + jetSqlType(c->type);
+        marks << QStringLiteral("?");
+    }
+    // Autonumbers stay plain columns: no row is ever added here.
+    jetWrites->copying = true;
+    try {
+        QSqlQuery create(db);
+        if (!create.exec(QStringLiteral("CREATE TABLE %1 (%2)").arg(quoteIdentifier(def.name), defs.join(QStringLiteral(", ")))))
+            throw DbError(create.lastError().text().toStdString());
+        QSqlQuery insert(db);
+        if (!insert.prepare(QStringLiteral("INSERT INTO %1 VALUES (%2)").arg(quoteIdentifier(def.name), marks.join(QStringLiteral(", ")))))
+            throw DbError(insert.lastError().text().toStdString());
+        QHash<qint64, quint32> &rowPlaces = jetWrites->rowPlaces[def.name];
+        jetWrites->file->readRows(def.name, [&](jet::RowPointer slot, const QVariantList &values) {
+            for (int i = 0; i < values.size(); ++i)
+                insert.bindValue(i, values[i]);
+            if (!insert.exec())
+                throw DbError(QStringLiteral("Cannot copy a row of table %1: %2").arg(def.name, insert.lastError().text()).toStdString());
+            rowPlaces.insert(sqlite3_last_insert_rowid(handle), slot.packed());
+        });
+    } catch (...) {
+        jetWrites->copying = false;
+        jetWrites->rowPlaces.remove(def.name);
+        throw;
+    }
+    jetWrites->copying = false;
+}
+
+void Database::Impl::writeJetChanges()
+{
+    if (!jetWrites || jetWrites->changed.isEmpty())
+        return;
+    auto editor = std::make_unique<jet::Editor>(path);
+    if (editor->bytes() != jetWrites->file->bytes())
+        throw DbError(QStringLiteral("The Access file %1 was changed by another program since it was read; nothing "
+                                     "was written. Open it again and repeat the change.")
+                          .arg(path)
+                          .toStdString());
+    for (const auto &[table, rowid] : std::as_const(jetWrites->changed)) {
+        QSqlQuery row(db);
+        row.prepare(QStringLiteral("SELECT * FROM %1 WHERE rowid = ?").arg(quoteIdentifier(table)));
+        row.addBindValue(rowid);
+        if (!row.exec() || !row.next())
+            continue; // the row is gone again: nothing of it to write
+        QVariantList values;
+        const size_t columns = jet::columnsInOrder(editor->table(table)).size();
+        for (int i = 0; i < int(columns); ++i)
+            values << row.value(i);
+        editor->updateRow(table, jet::RowPointer::unpack(jetWrites->rowPlaces.value(table).value(rowid)), values);
+    }
+    editor->commit();
+    jetWrites->file = std::move(editor);
+    jetWrites->changed.clear();
+}
+
+void Database::Impl::dropJetChanges()
+{
+    if (!jetWrites)
+        return;
+    QSet<QString> tables;
+    for (const auto &[table, rowid] : std::as_const(jetWrites->changed))
+        tables.insert(table);
+    jetWrites->changed.clear();
+    jetWrites->copying = true;
+    for (const QString &table : tables) {
+        QSqlQuery(db).exec(QStringLiteral("DROP TABLE IF EXISTS %1").arg(quoteIdentifier(table)));
+        jetWrites->rowPlaces.remove(table);
+    }
+    jetWrites->copying = false;
+}
+
+} // namespace ht

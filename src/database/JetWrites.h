@@ -1,0 +1,25 @@
+#pragma once
+// Internal to the database layer: a Jet file opened for writing. Its tables are
+// copied into the memory database through the Jet page code, each row with
+// where it lies in the file; the rows an UPDATE changes are written into the
+// file when the change is committed. Inserting or deleting rows and changing
+// the design of tables are refused.
+
+#include "database/jet/JetEditor.h"
+
+#include <QHash>
+#include <QSet>
+#include <memory>
+
+namespace ht
+{
+
+struct JetWrites {
+    std::unique_ptr<jet::Editor> file;                     // the file as last read or written here
+    QHash<QString, QHash<qint64, quint32>> rowPlaces;          // table -> rowid -> packed row pointer
+    QSet<QPair<QString, qint64>> changed;                  // rows updated since the last write
+    QString refusal;                                       // what was refused last, for the message
+    bool copying = false;                                  // a table is being copied in
+};
+
+} // namespace ht
