@@ -67,4 +67,13 @@ int GetLanguageList(Context &ctx, QStringList &list)
     return 0;
 }
 
+QString accessFileRefusal(const QString &path, const QString &job)
+{
+    if (detectDatabaseFormat(path) != DbFormat::Jet)
+        return QString();
+    return job + QStringLiteral(" cannot be done in an Access database yet (\"") + path + QStringLiteral("\").") + LFCR +
+           QStringLiteral("Nothing was changed. Convert the database to SQLite first (editor: File, \"Convert to "
+                          "SQLite...\"; or helptext-importer convert-to-sqlite), then do it there.");
+}
+
 } // namespace ht

@@ -9,13 +9,17 @@ namespace ht
 
 struct Context;
 
+// "" for a database that takes every job; for an Access (Jet) file, the message
+// that `job` ("Creating a language") cannot be done in one yet, and what to do.
+QString accessFileRefusal(const QString &path, const QString &job);
+
 // Lets the user pick a help-text database; "" when cancelled.
 QString ConnectToDB_Helptext(Context &ctx, const QString &title = QString());
 
-// What the caller is going to do with the database. A Jet file cannot be
-// written: for Editing it is converted once into "<base>.sqlite" beside it (an
-// existing one is used, never overwritten) and that file becomes the active
-// database; for Reading (page generation only) it is used as it is, unrepaired.
+// What the caller is going to do with the database. A Jet file is edited in
+// place, values of existing rows only; when an earlier conversion "<base>.sqlite"
+// lies beside it, that one is used for Editing, as before. For Reading (page
+// generation only) the file is used as it is, unrepaired.
 enum class ConnectFor { Editing, Reading };
 
 // The path when the database is usable (possibly the path of its SQLite

@@ -3,6 +3,7 @@
 #include "database/HelpTextDatabaseRepair.h"
 
 #include "common/Context.h"
+#include "common/ErrorLog.h"
 #include "common/IniFile.h"
 #include "common/Messages.h"
 #include "database/Database.h"
@@ -74,36 +75,27 @@ QString conversionPath(const QString &jetPath)
     return info.dir().filePath(info.completeBaseName() + QStringLiteral(".sqlite"));
 }
 
-// A Jet file cannot be written: the SQLite file beside it takes its place. An
-// existing one is the earlier conversion, with whatever was edited in it since,
-// and is used as it is, never overwritten. Returns the path of the file to use;
-// `created` is set when this call made it.
-QString useConversion(const QString &jetPath, bool &created)
+// Earlier versions converted an Access file into "<base>.sqlite" and edited that:
+// it holds whatever was edited since, so it stays the file to use. "" when there is none.
+QString earlierConversion(const QString &jetPath)
 {
     const QString target = conversionPath(jetPath);
-    created = false;
-    if (QFileInfo::exists(target)) {
-        if (detectDatabaseFormat(target) != DbFormat::SQLite)
-            throw DbError(
-                ("The file " + target + " is in the way of the conversion and is not a database").toStdString());
-        return target;
-    }
-    convertJetToSqlite(jetPath, target);
-    created = true;
+    if (!QFileInfo::exists(target))
+        return QString();
+    if (detectDatabaseFormat(target) != DbFormat::SQLite)
+        throw DbError(("The file " + target + " beside the Access database is not a database").toStdString());
     return target;
 }
 
-// Tells the user which file is in use from now on.
-void announceConversion(Context &ctx, const QString &jetPath, const QString &target, bool created)
+// Tells the user which file is in use.
+void announceConversion(Context &ctx, const QString &jetPath, const QString &target)
 {
-    const QString first = QStringLiteral("The Access database ") + Q + jetPath + Q +
-                          QStringLiteral(" cannot be changed by this program.") + LFCR;
-    const QString second = created
-                               ? QStringLiteral("It has been converted to ") + Q + target + Q +
-                                     QStringLiteral(", which is used from now on. The Access database stays as it was.")
-                               : QStringLiteral("Its earlier conversion ") + Q + target + Q +
-                                     QStringLiteral(" is used instead; the Access database is not converted again.");
-    showMessage(ctx, first + second, Buttons::OK, Icon::Information, QStringLiteral("Database converted"));
+    showMessage(ctx,
+                QStringLiteral("Its earlier conversion ") + Q + target + Q +
+                    QStringLiteral(" is used instead of the Access database ") + Q + jetPath + Q +
+                    QStringLiteral(", as it holds the texts edited since.") + LFCR +
+                    QStringLiteral("To carry them into the Access database, use \"helptext-importer sync-to-access\"."),
+                Buttons::OK, Icon::Information, QStringLiteral("Database converted"));
 }
 
 } // namespace
@@ -112,29 +104,38 @@ QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose)
 {
     const QString previous = ctx.state.helpTextDB;
     QString active = path;
-    bool converted = false, busy = false;
+    bool busy = false;
     try {
         ctx.state.helpTextDB = path;
         DbFormat format = detectDatabaseFormat(path);
         if (format == DbFormat::Missing)
             throw DbError("The database file does not exist");
         if (format == DbFormat::Jet && purpose == ConnectFor::Editing) {
-            active = useConversion(path, converted);
-            ctx.state.helpTextDB = active;
-            format = DbFormat::SQLite;
+            if (const QString earlier = earlierConversion(path); !earlier.isEmpty()) {
+                active = earlier;
+                ctx.state.helpTextDB = active;
+                format = DbFormat::SQLite;
+            }
         }
-        const bool writable = format == DbFormat::SQLite;
+        // An Access file is edited in place too, though only the values of its rows.
+        const bool writable = format == DbFormat::SQLite || purpose == ConnectFor::Editing;
 
         // Everything that can show the database unfit is checked before anything is written.
         Probe probe;
+        QStringList numericMachineTypes; // in an Access file, where they stay numbers
         {
             auto db = Database::open(active, writable ? Database::Mode::ReadWrite : Database::Mode::ReadOnly);
             probe = probeTables(*db);
             if (writable) {
-                probeWritable(*db);
+                if (format == DbFormat::SQLite)
+                    probeWritable(*db);
                 for (const QString &table : probe.definitionTables) {
-                    if (machineTypeNeedsRepair(*db, table))
+                    if (!machineTypeNeedsRepair(*db, table))
+                        continue;
+                    if (format == DbFormat::SQLite)
                         repairMachineTypeColumn(*db, table);
+                    else
+                        numericMachineTypes << table;
                 }
             }
         }
@@ -143,19 +144,25 @@ QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose)
             UpdateLangFontSettings(ctx);
         if (GetDBSysMaxLenItems(ctx, active) && writable)
             CorrectDBLength(ctx, active);
+        if (!numericMachineTypes.isEmpty())
+            showMessage(ctx,
+                        accessFileRefusal(active, QStringLiteral("Converting the MachineType column of ") +
+                                                      numericMachineTypes.join(QStringLiteral(", ")) +
+                                                      QStringLiteral(" to text")) +
+                            LFCR + QStringLiteral("The texts can be edited all the same."),
+                        Buttons::OK, Icon::Exclamation, QStringLiteral("Access database"));
         if (active != path)
-            announceConversion(ctx, path, active, converted);
+            announceConversion(ctx, path, active);
         // Saved last, so that a database that failed a check is never remembered.
         if (!ctx.state.runningOnMachinePC)
             SaveIni(ctx, active, QStringLiteral("Setup"), QStringLiteral("StandardHelpTextDB"), ctx.state.iniPath);
         return active;
     } catch (const DbBusy &) {
         busy = true; // not the file's fault: it can be had once the other program is done
-    } catch (const std::exception &) {
-        // The cause is in the message's wording: wrong structure or write protection.
+    } catch (const std::exception &e) {
+        // The message says it in general words; the log keeps the cause.
+        LogError(ctx, QStringLiteral("CheckConnection: ") + QString::fromUtf8(e.what()));
     }
-    if (converted)
-        QFile::remove(active); // made by this call: the disk is left as it was found
     ctx.state.helpTextDB = previous;
     const QString cause = busy ? QStringLiteral("! Database is in use by another program, try again when it is done.")
                                : QStringLiteral("! Database either has wrong structure or is writeprotected.");

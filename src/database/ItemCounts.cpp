@@ -1,6 +1,7 @@
 // The item counts per machine kept in DBSys, and the check of the tables against them.
 #include "database/ItemCounts.h"
 
+#include "common/Messages.h"
 #include "common/Context.h"
 #include "common/ErrorLog.h"
 #include "database/Database.h"
@@ -153,6 +154,12 @@ long CorrectDBLength(Context &ctx, const QString &databasePath)
                 continue;
             }
             // Too short for its count: rebuilt, after one backup per call.
+            if (const QString refusal = accessFileRefusal(
+                    databasePath, QStringLiteral("Lengthening the tables to %1 items per machine").arg(count));
+                !refusal.isEmpty()) {
+                showMessage(ctx, refusal, Buttons::OK, Icon::Exclamation, QStringLiteral("Access database"));
+                return -1;
+            }
             if (!backedUp) {
                 if (!CreateDBBackup(ctx, databasePath))
                     return -1; // no rebuild without a way back

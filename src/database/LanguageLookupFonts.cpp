@@ -33,6 +33,8 @@ QStringList unusableFontSpec()
 // anew at that width; the values stay as they are.
 void widenFontColumn(Database &db)
 {
+    if (db.format() == DbFormat::Jet)
+        return; // a design change, which an Access file cannot take yet: its values are written all the same
     static const QRegularExpression size(QStringLiteral("\\(\\s*(\\d+)\\s*\\)"));
     for (const ColumnInfo &c : db.columns(QStringLiteral("Language"))) {
         if (c.name.compare(QLatin1String("Font"), Qt::CaseInsensitive) != 0)
@@ -77,9 +79,6 @@ QStringList GetFontSpecs(const QString &fontSpec)
 void UpdateLangFontSettings(Context &ctx)
 {
     try {
-        // A Jet file is read as it is; there is nothing to write to.
-        if (detectDatabaseFormat(ctx.state.helpTextDB) != DbFormat::SQLite)
-            return;
         auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadWrite);
         std::unique_ptr<Database> lookup;
         if (!ctx.state.langLookupDB.isEmpty())

@@ -8,10 +8,17 @@ namespace ht
 namespace
 {
 
-// Every definition row without a text row in the language gets one.
+// Every definition row without a text row in the language gets one. Nothing
+// missing, nothing is inserted: an Access file, which takes no new rows yet,
+// can then still be imported into.
 long addMissing(Database &db, const QString &definition, const QString &id, const QString &text, const QString &textId,
                 const QString &fields, qlonglong language)
 {
+    const QString missing = QStringLiteral("FROM %1 d WHERE NOT EXISTS (SELECT 1 FROM %2 t WHERE t.%3 = d.%4 AND "
+                                           "t.Language = ?)")
+                                .arg(definition, text, textId, id);
+    if (db.query(QStringLiteral("SELECT count(*) ") + missing, {language}).value(0).toLongLong() == 0)
+        return 0;
     QString empties;
     for (qsizetype i = 0, n = fields.count(u',') + 1; i < n; ++i)
         empties += QStringLiteral(", ''");
@@ -55,7 +62,11 @@ LanguageRowsAdded addLanguageTextRows(Database &db, qlonglong language, bool mat
     }
     tell("Descriptions");
     for (int d = 1; d <= kDescriptionRows; ++d)
-        added.descriptions += db.exec(
+        if (db.query(QStringLiteral("SELECT count(*) FROM Discription WHERE DiscriptionID = ? AND Language = ?"),
+                     {d, language})
+                .value(0)
+                .toLongLong() == 0)
+            added.descriptions += db.exec(
             QStringLiteral("INSERT INTO Discription (DiscriptionID, Language, Text) SELECT ?, ?, '' "
                            "WHERE NOT EXISTS (SELECT 1 FROM Discription WHERE DiscriptionID = ? AND Language = ?)"),
             {d, language, d, language});

@@ -2,6 +2,7 @@
 // the help-text database with a text row for every item when it has none.
 #include "importer/Importer.h"
 
+#include "database/HelpTextDatabase.h"
 #include "common/Context.h"
 #include "common/StatusDisplay.h"
 #include "database/Database.h"
@@ -47,6 +48,9 @@ qlonglong Importer::GetActLanguage(const QString &name)
 
 void Importer::CreateLanguage(qlonglong language)
 {
+    if (const QString refusal = accessFileRefusal(ctx.state.helpTextDB, QStringLiteral("Creating a language"));
+        !refusal.isEmpty())
+        throw DbError(refusal.toStdString());
     StatusStart(ctx, m_status, QStringLiteral("Creating new language"), 0, false);
     if (!ctx.state.langLookupDB.isEmpty()) {
         auto lookup = Database::open(ctx.state.langLookupDB, Database::Mode::ReadOnly);

@@ -1,5 +1,6 @@
 // Creating or repairing a language in the help-text database, and storing its settings.
 #include "common/Context.h"
+#include "database/HelpTextDatabase.h"
 #include "common/ErrorLog.h"
 #include "common/Messages.h"
 #include "database/Database.h"
@@ -47,6 +48,11 @@ std::optional<LanguageCreated> createLanguage(Context &ctx, StatusTarget *status
     const std::optional<qlonglong> number = chosenNumber(ctx, language);
     if (!number)
         return std::nullopt;
+    if (const QString refusal = accessFileRefusal(ctx.state.helpTextDB, QStringLiteral("Creating a language"));
+        !refusal.isEmpty()) {
+        showMessage(ctx, refusal, Buttons::OK, Icon::Exclamation, QStringLiteral("Access database"));
+        return std::nullopt;
+    }
     try {
         auto db = Database::open(ctx.state.helpTextDB);
         if (hasAlarmTexts(*db, *number) &&

@@ -1,5 +1,6 @@
 // Deleting a language from the help-text database.
 #include "common/Context.h"
+#include "database/HelpTextDatabase.h"
 #include "common/ErrorLog.h"
 #include "common/Messages.h"
 #include "database/Database.h"
@@ -63,6 +64,9 @@ std::optional<LanguageDeleted> deleteLanguage(Context &ctx, StatusTarget *status
             return refuse(ctx, QStringLiteral("The language-definition database has no language named \"") + name +
                                    QStringLiteral("\" that could be deleted.") + LFCR +
                                    QStringLiteral("Nothing was deleted."));
+        if (const QString refusal = accessFileRefusal(ctx.state.helpTextDB, QStringLiteral("Deleting a language"));
+            !refusal.isEmpty())
+            return refuse(ctx, refusal);
         if (showMessage(ctx, deleteLanguageQuestion(name, option), Buttons::OKCancel, Icon::Exclamation,
                         QStringLiteral("Delete language?")) != Answer::OK)
             return std::nullopt;

@@ -4,6 +4,8 @@
 #include "database/HelpTextDatabase.h"
 #include "database/HelpTextFixture.h"
 
+#include "common/ErrorLog.h"
+
 #include <QDir>
 #include <QFile>
 #include <functional>
@@ -171,8 +173,8 @@ TEST(CheckConnection, WaitsForAnotherWriterAndOtherwiseSaysTheDatabaseIsInUse)
     }
 }
 
-// A Jet file stands in for an Access help-text database: it cannot be written,
-// so editing goes to "<base>.sqlite" beside it.
+// An earlier version converted Access files to "<base>.sqlite" and edited that:
+// such a conversion is still used, as it holds the work done since.
 TEST(JetHelpText, AnEarlierConversionIsUsedAndNamed)
 {
     DbTestContext t;
@@ -191,8 +193,8 @@ TEST(JetHelpText, AnEarlierConversionIsUsedAndNamed)
     EXPECT_EQ(readFileBytes(sqlite), sqliteBytes) << "nothing needed repair";
 }
 
-// This Jet file converts but is no help-text database: whatever lies beside it, the
-// check fails and leaves every file as it was (a failed conversion is removed again).
+// This Jet file is no help-text database: whatever lies beside it, the check
+// fails and leaves every file as it was.
 TEST(JetHelpText, AFailedCheckLeavesEveryFileAsItWas)
 {
     const std::function<void(const QString &)> besides[] = {
@@ -211,11 +213,33 @@ TEST(JetHelpText, AFailedCheckLeavesEveryFileAsItWas)
         EXPECT_EQ(CheckConnection(t.ctx, jet, i == 2 ? ConnectFor::Reading : ConnectFor::Editing), QString());
 
         EXPECT_EQ(t.ui.messageTexts(), QStringList{failureText(jet)}) << i;
+        EXPECT_TRUE(t.errorLog().contains(QLatin1String("CheckConnection: "))) << "the cause is logged";
+        QFile::remove(errorLogPath(t.ctx));
         QList<QByteArray> after;
         for (const QString &f : filesIn(t.dir.path()))
             after << readFileBytes(t.path(f));
         EXPECT_EQ(after, before) << i;
     }
+}
+
+// An Access help-text database is used in place; what it cannot take yet is named, and nothing changes.
+TEST(JetHelpText, AnAccessDatabaseIsUsedInPlaceAndSaysWhatItCannotTake)
+{
+    DbTestContext t;
+    const QString source = t.path(QStringLiteral("source.sqlite")), jet = t.path(QStringLiteral("Machine.mdb"));
+    makeHelpTextDb(source);
+    Database::open(source)->exec(QStringLiteral("UPDATE DBSys SET Data = '300' WHERE Item = 'MaxLenAlarm'"));
+    makeAccessCopy(source, jet);
+    const QByteArray before = readFileBytes(jet);
+
+    EXPECT_EQ(CheckConnection(t.ctx, jet), jet);
+
+    ASSERT_EQ(t.ui.messageTexts().size(), 1);
+    EXPECT_TRUE(t.ui.messageTexts()[0].startsWith(
+        QLatin1String("Lengthening the tables to 300 items per machine cannot be done in an Access database yet")))
+        << t.ui.messageTexts()[0].toStdString();
+    EXPECT_EQ(readFileBytes(jet), before);
+    EXPECT_FALSE(QFile::exists(t.path(QStringLiteral("Machine.sqlite"))));
 }
 
 TEST(CreateDBBackup, NumbersFurtherBackupsKeepsTheFirstAndReportsAFailedCopy)

@@ -2,6 +2,7 @@
 #include "EditorTestSupport.h"
 
 #include "common/IniFile.h"
+#include "database/jet/JetCheck.h"
 #include "editor/EditorForm.h"
 
 #include <QFile>
@@ -11,10 +12,10 @@ namespace ht
 namespace
 {
 
-class Editor : public ::testing::Test
+template <bool OnAccessFile> class EditorOn : public ::testing::Test
 {
   protected:
-    test::EditorWorkspace w;
+    test::EditorWorkspace w{OnAccessFile};
     test::HeadlessEditorView view;
     EditorForm form{w.t.ctx, view};
     ScriptedUserInterface &ui = w.t.ui;
@@ -47,6 +48,8 @@ class Editor : public ::testing::Test
         return w.value("SELECT Function FROM AlarmText WHERE Alarm_ID = ? AND Language = 3", {alarmId});
     }
 };
+using Editor = EditorOn<false>;
+using AccessEditor = EditorOn<true>;
 
 TEST_F(Editor, ShowsTheItemInBothLanguagesWithTheDestinationsLayout)
 {
@@ -297,6 +300,34 @@ TEST_F(Editor, UntranslatedItemsAreFoundAndCounted)
     EXPECT_EQ(view.shown(Ctl::LabelTranslated), "translated 2 of 2");
     form.MenuNextUntranslated_Click();
     EXPECT_EQ(view.status.text, "Every item with a source text is translated");
+}
+
+// An Access help-text database takes the translator's work itself: no copy beside it.
+TEST_F(AccessEditor, TextsAndDefinitionsAreStoredInTheAccessFileItself)
+{
+    EXPECT_EQ(w.t.ctx.state.helpTextDB, w.db());
+    open();
+    type(Ctl::TextDestination, 3, "Ο κινητήρας υπερθερμαίνεται");
+    leave();
+    type(Ctl::TextDefinition, 1, "B7");
+    leave();
+    EXPECT_EQ(ui.messageTexts(), QStringList());
+    EXPECT_EQ(greekFunction(1), "Ο κινητήρας υπερθερμαίνεται");
+    EXPECT_EQ(w.value("SELECT Sensor FROM AlarmDefinition WHERE AlarmID = 1"), "B7");
+    EXPECT_TRUE(jet::checkStructure(jet::Image(test::readFileBytes(w.db()), w.db())).isEmpty());
+    EXPECT_FALSE(QFile::exists(w.t.path("Helptext.sqlite")));
+    const QByteArray page = test::readFileBytes(w.page("CT400/Alarms/Greek/1.html"));
+    EXPECT_TRUE(QString::fromUtf16(reinterpret_cast<const char16_t *>(page.constData()), page.size() / 2)
+                    .contains("υπερθερμαίνεται"));
+
+    // A text row the file lacks cannot be added yet: the translator is told so, and the text stays.
+    go("2");
+    type(Ctl::TextDestination, 3, "Υπερφόρτωση");
+    leave();
+    ASSERT_EQ(ui.messageTexts().size(), 1);
+    EXPECT_TRUE(ui.messageTexts()[0].contains("Adding rows to table AlarmText cannot be done in an Access file yet"))
+        << qPrintable(ui.messageTexts()[0]);
+    EXPECT_EQ(view.shown(Ctl::TextDestination, 3), "Υπερφόρτωση");
 }
 
 } // namespace
