@@ -59,6 +59,8 @@ TEST_P(CheckConnectionBadInput, FailsWithItsMessageAndChangesNothing)
     EXPECT_EQ(t.ui.shown[0].title, QStringLiteral("Connection failed!"));
     EXPECT_EQ(t.ui.shown[0].icon, Icon::Critical);
     EXPECT_EQ(readFileBytes(db), before);
+    EXPECT_TRUE(t.errorLog().contains(QLatin1String("CheckConnection: "))) << "the cause is logged";
+    QFile::remove(errorLogPath(t.ctx));
     EXPECT_EQ(filesIn(t.dir.path()), filesBefore);
 }
 
