@@ -9,6 +9,7 @@
 #include "common/Platform.h"
 #include "common/StatusDisplay.h"
 #include "database/Database.h"
+#include "database/AccessSync.h"
 #include "database/HelpTextDatabase.h"
 #include "editor/EditorKinds.h"
 #include "editor/EventsHeld.h"
@@ -67,6 +68,8 @@ void EditorForm::Form_Load()
         AppState &s = ctx.state;
         LoadingGuard loading(*this);
         view.setEnabled(Ctl::MenuChangeDatabase, !s.runningOnMachinePC);
+        view.setEnabled(Ctl::MenuConvertToSqlite,
+                        !s.runningOnMachinePC && detectDatabaseFormat(s.helpTextDB) == DbFormat::Jet);
         view.setEnabled(Ctl::MenuSelectHelptextdirectory, !s.runningOnMachinePC);
         const QString number = view.text(Ctl::ComboIndex);
         view.setItems(Ctl::ComboIndex, {});
@@ -513,6 +516,21 @@ void EditorForm::MenuChangeDatabase_Click()
         rebuild();
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("MenuChangeDatabase_Click"), e);
+    }
+}
+
+// For the jobs an Access file cannot take yet: from now on the SQLite copy is
+// edited. A text the Access file could not take is stored into the copy.
+void EditorForm::MenuConvertToSqlite_Click()
+{
+    try {
+        // Opening the menu tried to store the text already: no second attempt into the Access file.
+        const QString converted = ConvertAccessToSqlite(ctx, ctx.state.helpTextDB);
+        if (converted.isEmpty() || CheckConnection(ctx, converted).isEmpty() || !mayReplaceInput())
+            return;
+        rebuild();
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("MenuConvertToSqlite_Click"), e);
     }
 }
 

@@ -71,6 +71,7 @@ class EditorForm
     void MenuMaterialChange_Click();
     void MenuMachineSelection_Click();
     void MenuChangeDatabase_Click();
+    void MenuConvertToSqlite_Click();
     void MenuLanguage_Click();
     void MenuInfo_Click();
     void MenuExit_Click();

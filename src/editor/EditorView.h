@@ -37,6 +37,7 @@ enum class Ctl {
     MenuLanguage,
     MenuMachineSelection,
     MenuChangeDatabase,
+    MenuConvertToSqlite,
     MenuInfo,
     MenuExit,
     MenuNextUntranslated,

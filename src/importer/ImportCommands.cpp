@@ -3,6 +3,9 @@
 #include "common/ConsoleUserInterface.h"
 #include "common/Context.h"
 #include "common/IniFile.h"
+#include "common/Messages.h"
+#include "database/AccessSync.h"
+#include "database/Database.h"
 #include "database/HelpTextDatabase.h"
 #include "database/LanguageLookup.h"
 #include "importer/DelMachine.h"
@@ -118,6 +121,33 @@ int runRenameMachine(Context &ctx, const CommandArgs &args)
                : kCommandFailed;
 }
 
+int runConvertToSqlite(Context &ctx, const CommandArgs &args)
+{
+    if (!args.has(QStringLiteral("database")))
+        return usage(ctx, QStringLiteral("convert-to-sqlite: --database is needed"));
+    return ConvertAccessToSqlite(ctx, args.value(QStringLiteral("database")), args.value(QStringLiteral("to"))).isEmpty()
+               ? kCommandFailed
+               : kCommandDone;
+}
+
+int runSyncToAccess(Context &ctx, const CommandArgs &args)
+{
+    if (!args.has(QStringLiteral("from")) || !args.has(QStringLiteral("to")))
+        return usage(ctx, QStringLiteral("sync-to-access: --from and --to are needed"));
+    try {
+        const SyncResult result = syncToAccess(args.value(QStringLiteral("from")), args.value(QStringLiteral("to")));
+        showMessage(ctx,
+                    result.rows == 0 ? QStringLiteral("The Access database holds every text already; nothing was "
+                                                      "written.")
+                                     : QStringLiteral("Texts written into the Access database: ") +
+                                           result.changed.join(QStringLiteral(", ")) + QLatin1Char('.'),
+                    Buttons::OK, Icon::Information);
+        return kCommandDone;
+    } catch (const DbError &e) {
+        return failedWith(ctx, QString::fromUtf8(e.what()));
+    }
+}
+
 } // namespace
 
 std::vector<ConsoleCommand> importerCommands()
@@ -159,6 +189,25 @@ std::vector<ConsoleCommand> importerCommands()
          {QStringLiteral("database"), QStringLiteral("machine"), QStringLiteral("to")},
          {},
          runRenameMachine},
+        {QStringLiteral("convert-to-sqlite"),
+         QStringLiteral("--database DB.mdb [--to FILE]"),
+         QStringLiteral("Converts an Access help-text database to SQLite, for the jobs an Access file cannot take yet "
+                        "(creating or deleting a language, lengthening the tables, machine types of numbers).\n"
+                        "  --to FILE   the new SQLite file (default: beside DB, named <base>.sqlite); never "
+                        "overwritten\n"
+                        "The Access database stays as it was. Exit code 0 when converted, 1 when not."),
+         {QStringLiteral("database"), QStringLiteral("to")},
+         {},
+         runConvertToSqlite},
+        {QStringLiteral("sync-to-access"),
+         QStringLiteral("--from X.sqlite --to Y.mdb"),
+         QStringLiteral("Writes the texts of the SQLite help-text database X that differ from those of the Access "
+                        "database Y into Y, in one step: the texts of every language and the alarm definitions' "
+                        "Sensor, Cam, CPU and Rejects. Refused, with Y unchanged, when the two do not hold the same "
+                        "machines, items and text rows. Exit code 0 when Y holds X's texts, 1 when not."),
+         {QStringLiteral("from"), QStringLiteral("to")},
+         {},
+         runSyncToAccess},
     };
 }
 

@@ -1,7 +1,10 @@
 // A Jet file opened for writing through the database layer: updates of existing
 // rows reach the file when they are committed, and nothing else is let through.
 #include "database/HelpTextFixture.h"
+#include "database/AccessSync.h"
 #include "database/jet/JetCheck.h"
+
+#include <QFile>
 
 #include <gtest/gtest.h>
 
@@ -126,4 +129,48 @@ TEST(JetDatabase, AChangeByAnotherProgramMeanwhileIsNotOverwritten)
                     .contains(QLatin1String("changed by another program")));
     EXPECT_EQ(f.device(1), QStringLiteral("first"));
     EXPECT_EQ(f.device(2), QStringLiteral("Device"));
+}
+
+TEST(JetDatabase, SyncCarriesTheTextsOfAConversionBackAndRefusesWhatDoesNotMatch)
+{
+    AccessHelpText f;
+    const QString sqlite = f.dir.filePath(QStringLiteral("Converted.sqlite"));
+    const auto convert = [&] {
+        QFile::remove(sqlite);
+        convertJetToSqlite(f.path, sqlite);
+    };
+    convert();
+    const QString greek = QStringLiteral("Ο αισθητήρας δεν αποκρίνεται"), memo(6000, QLatin1Char('m'));
+    {
+        auto db = Database::open(sqlite);
+        db->exec(QStringLiteral("UPDATE AlarmText SET Device = ?, Function = ? WHERE Alarm_ID IN (3, 300)"), {greek, memo});
+        db->exec(QStringLiteral("UPDATE AlarmDefinition SET Sensor = 'B9' WHERE AlarmID = 3"));
+    }
+    const SyncResult result = syncToAccess(sqlite, f.path);
+    EXPECT_EQ(result.rows, 3);
+    EXPECT_EQ(f.device(300), greek);
+    EXPECT_EQ(Database::open(f.path, Database::Mode::ReadOnly)
+                  ->query(QStringLiteral("SELECT Function FROM AlarmText WHERE Alarm_ID = 3"))
+                  .text(QStringLiteral("Function")),
+              memo);
+    EXPECT_TRUE(f.sound());
+    EXPECT_EQ(syncToAccess(sqlite, f.path).rows, 0) << "nothing differs any more";
+
+    // Machines or rows that differ: nothing is written.
+    const struct {
+        const char *sql, *named;
+    } differing[] = {
+        {"UPDATE AlarmDefinition SET MachineType = 'FL220' WHERE AlarmID = 5", "machines and items"},
+        {"DELETE FROM AlarmText WHERE Alarm_ID = 7", "text rows"},
+    };
+    for (const auto &d : differing) {
+        convert();
+        auto db = Database::open(sqlite);
+        db->exec(QStringLiteral("UPDATE AlarmText SET Device = 'not carried over'"));
+        db->exec(QString::fromLatin1(d.sql));
+        db.reset();
+        const QByteArray before = readFileBytes(f.path);
+        EXPECT_TRUE(failure([&] { syncToAccess(sqlite, f.path); }).contains(QLatin1String(d.named))) << d.sql;
+        EXPECT_EQ(readFileBytes(f.path), before) << d.sql;
+    }
 }

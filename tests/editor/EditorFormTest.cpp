@@ -328,6 +328,21 @@ TEST_F(AccessEditor, TextsAndDefinitionsAreStoredInTheAccessFileItself)
     EXPECT_TRUE(ui.messageTexts()[0].contains("Adding rows to table AlarmText cannot be done in an Access file yet"))
         << qPrintable(ui.messageTexts()[0]);
     EXPECT_EQ(view.shown(Ctl::TextDestination, 3), "Υπερφόρτωση");
+
+    // Converted to SQLite on request, the text is stored there; the Access file stays as it was.
+    const QByteArray access = test::readFileBytes(w.db());
+    ui.shown.clear();
+    form.MenuConvertToSqlite_Click();
+    EXPECT_EQ(w.t.ctx.state.helpTextDB, w.t.path("Helptext.sqlite"));
+    EXPECT_EQ(ui.messageTexts().size(), 1);
+    EXPECT_TRUE(ui.messageTexts().value(0).contains("which is used from now on")) << qPrintable(ui.messageTexts().value(0));
+    EXPECT_FALSE(form.hasUnsavedInput());
+    auto sqlite = Database::open(w.t.ctx.state.helpTextDB, Database::Mode::ReadOnly);
+    EXPECT_EQ(sqlite->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 2 AND Language = 3").text("Function"),
+              "Υπερφόρτωση");
+    EXPECT_EQ(sqlite->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 1 AND Language = 3").text("Function"),
+              "Ο κινητήρας υπερθερμαίνεται");
+    EXPECT_EQ(test::readFileBytes(w.db()), access);
 }
 
 } // namespace

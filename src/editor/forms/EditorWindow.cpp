@@ -266,6 +266,8 @@ void EditorWindow::buildMenus()
     QMenu *file = menuBar()->addMenu(QStringLiteral("&File"));
     addMenuAction(file, Ctl::MenuChangeDatabase, QStringLiteral("MenuChangeDatabase"),
                   QStringLiteral("Change &database..."), &EditorForm::MenuChangeDatabase_Click);
+    addMenuAction(file, Ctl::MenuConvertToSqlite, QStringLiteral("MenuConvertToSqlite"),
+                  QStringLiteral("&Convert to SQLite..."), &EditorForm::MenuConvertToSqlite_Click);
     addMenuAction(file, Ctl::MenuSelectHelptextdirectory, QStringLiteral("MenuSelectHelptextdirectory"),
                   QStringLiteral("Select &help directory..."), &EditorForm::MenuSelectHelptextdirectory_Click);
     addMenuAction(file, Ctl::MenuGenerateHelpHTML, QStringLiteral("MenuGenerateHelpHTML"),
