@@ -7,5 +7,7 @@ scripts/build.sh
 cd build
 QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j2
 cd ..
-# The workbook reader takes files from anywhere: 30 seconds of fuzzing on every run.
-scripts/fuzz-workbook.sh 30
+# The workbook reader and the Access page code take files from anywhere: 30 seconds
+# of fuzzing each on every run.
+scripts/fuzz.sh workbook 30
+scripts/fuzz.sh jet 30

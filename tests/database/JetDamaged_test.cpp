@@ -1,7 +1,9 @@
 // Damaged Jet files (truncated, scribbled on, not Jet at all) give DbError or readable
-// data, never a crash or a hang: libmdb reads them in a child process.
+// data, never a crash or a hang: libmdb reads them in a child process, the page
+// code of the writer (opened for writing, and its structural check) in this one.
 #include "database/HelpTextFixture.h"
 #include "database/JetFile.h"
+#include "database/jet/JetCheck.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -12,17 +14,29 @@ using namespace ht::test;
 namespace
 {
 
-// true: every table read; false: DbError. Anything else fails the test.
-bool readsCompletely(const QString &path)
+bool readsIn(const QString &path, Database::Mode mode)
 {
     try {
-        auto db = Database::open(path, Database::Mode::ReadOnly);
+        auto db = Database::open(path, mode);
         for (const QString &table : db->tables())
             db->query(QStringLiteral("SELECT * FROM %1").arg(quoteIdentifier(table)));
         return true;
     } catch (const DbError &) {
         return false;
     }
+}
+
+// true: every table read (for reading; for writing, through the writer's page code,
+// which checks the file as well); false: DbError. Anything else fails the test.
+bool readsCompletely(const QString &path)
+{
+    const bool read = readsIn(path, Database::Mode::ReadOnly);
+    readsIn(path, Database::Mode::ReadWrite);
+    try {
+        jet::checkStructure(jet::Image(readFileBytes(path), path));
+    } catch (const DbError &) {
+    }
+    return read;
 }
 
 struct JetDamaged : ::testing::TestWithParam<const char *> {

@@ -1,6 +1,6 @@
 // libFuzzer target of the workbook reader: whatever the bytes, it either
 // reads a workbook or refuses it with a WorkbookError, and never crashes,
-// hangs or reads out of bounds. Built and run by scripts/fuzz-workbook.sh.
+// hangs or reads out of bounds. Built and run by scripts/fuzz.sh workbook.
 #include "importer/Workbook.h"
 
 #include <cstddef>

@@ -108,7 +108,8 @@ QByteArray storedBytes(const StoredRow &row, const Column &column)
         return {};
     if (column.fixed())
         return row.head.mid(2 + column.fixedOffset, column.length);
-    return row.variable[column.variableIndex];
+    // A Boolean lives in the null mask: only a damaged definition calls one variable.
+    return column.variableIndex < row.variable.size() ? row.variable[column.variableIndex] : QByteArray();
 }
 
 QByteArray readLongValue(const Image &image, const QByteArray &header, std::vector<RowPointer> *rows)
