@@ -150,7 +150,7 @@ SyncResult syncToAccess(const QString &sqlitePath, const QString &jetPath)
             ++changed;
         }
         if (changed > 0)
-            result.changed << QStringLiteral("%1: %2 rows").arg(table).arg(changed);
+            result.changed << QStringLiteral("%1: %2 %3").arg(table).arg(changed).arg(changed == 1 ? "row" : "rows");
         result.rows += changed;
     }
     transaction.commit();

@@ -4,7 +4,7 @@
 #include "database/Collation.h"
 #include "database/DatabaseImpl.h"
 #include "database/JetFile.h"
-#include "database/JetWrites.h"
+#include "database/JetPages.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -109,7 +109,7 @@ QSqlQuery Database::Impl::run(const QString &sql, const QVariantList &params)
                 q.addBindValue(p);
             ok = q.exec();
         }
-        if (ok && jetWrites && transactionDepth == 0 && !jetWrites->changed.isEmpty()) {
+        if (ok && jetPages && transactionDepth == 0 && !jetPages->changed.isEmpty()) {
             // A change outside a transaction goes into the file at once.
             try {
                 writeJetChanges();
@@ -121,8 +121,8 @@ QSqlQuery Database::Impl::run(const QString &sql, const QVariantList &params)
         if (ok)
             return q;
         const QSqlError err = q.lastError();
-        if (jetWrites && !jetWrites->refusal.isEmpty()) {
-            const QString what = std::exchange(jetWrites->refusal, QString());
+        if (jetPages && !jetPages->refusal.isEmpty()) {
+            const QString what = std::exchange(jetPages->refusal, QString());
             fail(QStringLiteral("%1 cannot be done in an Access file yet; convert the database to SQLite for this job")
                      .arg(what),
                  sql);
@@ -153,8 +153,8 @@ bool Database::Impl::ensureJetTable(const QString &table)
         return false;
     if (hasSqliteTable(name))
         return true;
-    if (jetWrites) {
-        copyJetTableForWriting(name);
+    if (jetPages && jetPages->writable) {
+        copyJetTableByPages(name);
         return true;
     }
     // The memory copy refuses writes (query_only) except while a table is copied in.
@@ -163,7 +163,10 @@ bool Database::Impl::ensureJetTable(const QString &table)
     try {
         if (outer)
             QSqlQuery(db).exec(QStringLiteral("BEGIN"));
-        copyJetTable(*jet, name, connection);
+        if (jetPages)
+            copyJetTableByPages(name);
+        else
+            copyJetTable(*jet, name, connection);
         if (outer)
             QSqlQuery(db).exec(QStringLiteral("COMMIT"));
     } catch (...) {
@@ -196,10 +199,12 @@ std::unique_ptr<Database> Database::open(const QString &path, Mode mode)
     case DbFormat::Jet:
         impl->jet = JetFile::open(path);
         impl->openConnection(QStringLiteral(":memory:"), false);
-        if (mode == Mode::ReadWrite)
+        if (mode == Mode::ReadWrite) {
             impl->openJetForWriting();
-        else
+        } else {
+            impl->openJetForReading();
             QSqlQuery(impl->db).exec(QStringLiteral("PRAGMA query_only = 1"));
+        }
         break;
     case DbFormat::SQLite: {
         const QFileInfo info(path);
@@ -350,8 +355,8 @@ Database::Transaction::~Transaction()
     m_db.d->transactionDepth = m_level - 1;
     try {
         if (m_level == 1) {
-            if (m_db.d->jetWrites)
-                m_db.d->jetWrites->changed.clear();
+            if (m_db.d->jetPages)
+                m_db.d->jetPages->changed.clear();
             m_db.d->run(QStringLiteral("ROLLBACK"), {});
         } else {
             m_db.d->run(QStringLiteral("ROLLBACK TO helptext_%1").arg(m_level), {});

@@ -1,7 +1,8 @@
 #pragma once
 // The one database layer: opens a help-text, language-definition or index-text
 // database by path (SQLite, or a Jet .mdb/.vws file recognised by its header and
-// copied into an in-memory SQLite database as its tables are used), runs parameterised SQL,
+// copied into an in-memory SQLite database as its tables are used: a Jet 4 file
+// by the program's own page code, any other through libmdb), runs parameterised SQL,
 // returns recordset-like results, and frames writes in transactions.
 // Parts never talk to SQLite or libmdb directly.
 

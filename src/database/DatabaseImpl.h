@@ -13,7 +13,7 @@ namespace ht
 {
 
 class JetFile;
-struct JetWrites;
+struct JetPages;
 
 struct Database::Impl {
     QString connection; // unique QSqlDatabase connection name, removed with the object
@@ -25,7 +25,7 @@ struct Database::Impl {
     QVariant lastInsertId;
     int transactionDepth = 0;
     std::unique_ptr<JetFile> jet; // set for a Jet file: tables are copied in on first use
-    std::unique_ptr<JetWrites> jetWrites; // set for a Jet file opened ReadWrite
+    std::unique_ptr<JetPages> jetPages; // set for a Jet file opened ReadWrite
 
     Impl();
     ~Impl();
@@ -42,11 +42,13 @@ struct Database::Impl {
     bool ensureJetTable(const QString &table);
     bool hasSqliteTable(const QString &table);
 
-    // Jet opened ReadWrite (DatabaseJetWrites.cpp): the page code reads the file,
+    // Jet opened ReadWrite (DatabaseJetPages.cpp): the page code reads the file,
     // SQLite's authorizer refuses what cannot be written, the changed rows go
     // into the file on commit.
     void openJetForWriting();
-    void copyJetTableForWriting(const QString &table);
+    // For reading, the page code reads what it knows (Jet 4, not encoded); libmdb the rest.
+    void openJetForReading();
+    void copyJetTableByPages(const QString &table);
     void writeJetChanges();
     // After a failed write: the changed tables are read from the file again on their next use.
     void dropJetChanges();

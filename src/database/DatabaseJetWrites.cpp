@@ -1,7 +1,7 @@
 // Writing an Access (Jet 4) file in place: values of existing rows only.
 #include "database/DatabaseImpl.h"
 #include "database/JetFile.h"
-#include "database/JetWrites.h"
+#include "database/JetPages.h"
 
 #include <QFileInfo>
 #include <QSqlError>
@@ -23,7 +23,7 @@ bool inMainDatabase(const char *database)
 // before anything changes, and the refusal is kept for the message.
 int authorize(void *state, int action, const char *first, const char *second, const char *database, const char *)
 {
-    auto *w = static_cast<JetWrites *>(state);
+    auto *w = static_cast<JetPages *>(state);
     if (w->copying)
         return SQLITE_OK;
     const QString table = QString::fromUtf8(first);
@@ -81,7 +81,7 @@ int authorize(void *state, int action, const char *first, const char *second, co
 
 void noteUpdate(void *state, int operation, const char *database, const char *table, sqlite3_int64 rowid)
 {
-    auto *w = static_cast<JetWrites *>(state);
+    auto *w = static_cast<JetPages *>(state);
     if (!w->copying && operation == SQLITE_UPDATE && inMainDatabase(database))
         w->changed.insert({QString::fromUtf8(table), rowid});
 }
@@ -96,15 +96,26 @@ void Database::Impl::openJetForWriting()
         fail(QStringLiteral("The database file is write-protected"), {});
     if (!QFileInfo(info.absolutePath()).isWritable())
         fail(QStringLiteral("The folder of the database is write-protected"), {});
-    jetWrites = std::make_unique<JetWrites>();
-    jetWrites->file = std::make_unique<jet::Editor>(path);
-    sqlite3_set_authorizer(handle, authorize, jetWrites.get());
-    sqlite3_update_hook(handle, noteUpdate, jetWrites.get());
+    jetPages = std::make_unique<JetPages>();
+    jetPages->file = std::make_unique<jet::Editor>(path);
+    jetPages->writable = true;
+    sqlite3_set_authorizer(handle, authorize, jetPages.get());
+    sqlite3_update_hook(handle, noteUpdate, jetPages.get());
 }
 
-void Database::Impl::copyJetTableForWriting(const QString &table)
+void Database::Impl::openJetForReading()
 {
-    const jet::TableDef &def = jetWrites->file->table(table);
+    try {
+        jetPages = std::make_unique<JetPages>();
+        jetPages->file = std::make_unique<jet::Editor>(path);
+    } catch (const DbError &) {
+        jetPages.reset(); // Jet 3, encoded, or a layout the page code does not know
+    }
+}
+
+void Database::Impl::copyJetTableByPages(const QString &table)
+{
+    const jet::TableDef &def = jetPages->file->table(table);
     const std::vector<const jet::Column *> columns = jet::columnsInOrder(def);
     QStringList defs, marks;
     for (const jet::Column *c : columns) {
@@ -112,7 +123,7 @@ void Database::Impl::copyJetTableForWriting(const QString &table)
         marks << QStringLiteral("?");
     }
     // Autonumbers stay plain columns: no row is ever added here.
-    jetWrites->copying = true;
+    jetPages->copying = true;
     try {
         QSqlQuery create(db);
         if (!create.exec(QStringLiteral("CREATE TABLE %1 (%2)").arg(quoteIdentifier(def.name), defs.join(QStringLiteral(", ")))))
@@ -120,8 +131,8 @@ void Database::Impl::copyJetTableForWriting(const QString &table)
         QSqlQuery insert(db);
         if (!insert.prepare(QStringLiteral("INSERT INTO %1 VALUES (%2)").arg(quoteIdentifier(def.name), marks.join(QStringLiteral(", ")))))
             throw DbError(insert.lastError().text().toStdString());
-        QHash<qint64, quint32> &rowPlaces = jetWrites->rowPlaces[def.name];
-        jetWrites->file->readRows(def.name, [&](jet::RowPointer slot, const QVariantList &values) {
+        QHash<qint64, quint32> &rowPlaces = jetPages->rowPlaces[def.name];
+        jetPages->file->readRows(def.name, [&](jet::RowPointer slot, const QVariantList &values) {
             for (int i = 0; i < values.size(); ++i)
                 insert.bindValue(i, values[i]);
             if (!insert.exec())
@@ -129,24 +140,24 @@ void Database::Impl::copyJetTableForWriting(const QString &table)
             rowPlaces.insert(sqlite3_last_insert_rowid(handle), slot.packed());
         });
     } catch (...) {
-        jetWrites->copying = false;
-        jetWrites->rowPlaces.remove(def.name);
+        jetPages->copying = false;
+        jetPages->rowPlaces.remove(def.name);
         throw;
     }
-    jetWrites->copying = false;
+    jetPages->copying = false;
 }
 
 void Database::Impl::writeJetChanges()
 {
-    if (!jetWrites || jetWrites->changed.isEmpty())
+    if (!jetPages || jetPages->changed.isEmpty())
         return;
     auto editor = std::make_unique<jet::Editor>(path);
-    if (editor->bytes() != jetWrites->file->bytes())
+    if (editor->bytes() != jetPages->file->bytes())
         throw DbError(QStringLiteral("The Access file %1 was changed by another program since it was read; nothing "
                                      "was written. Open it again and repeat the change.")
                           .arg(path)
                           .toStdString());
-    for (const auto &[table, rowid] : std::as_const(jetWrites->changed)) {
+    for (const auto &[table, rowid] : std::as_const(jetPages->changed)) {
         QSqlQuery row(db);
         row.prepare(QStringLiteral("SELECT * FROM %1 WHERE rowid = ?").arg(quoteIdentifier(table)));
         row.addBindValue(rowid);
@@ -156,27 +167,27 @@ void Database::Impl::writeJetChanges()
         const size_t columns = jet::columnsInOrder(editor->table(table)).size();
         for (int i = 0; i < int(columns); ++i)
             values << row.value(i);
-        editor->updateRow(table, jet::RowPointer::unpack(jetWrites->rowPlaces.value(table).value(rowid)), values);
+        editor->updateRow(table, jet::RowPointer::unpack(jetPages->rowPlaces.value(table).value(rowid)), values);
     }
     editor->commit();
-    jetWrites->file = std::move(editor);
-    jetWrites->changed.clear();
+    jetPages->file = std::move(editor);
+    jetPages->changed.clear();
 }
 
 void Database::Impl::dropJetChanges()
 {
-    if (!jetWrites)
+    if (!jetPages)
         return;
     QSet<QString> tables;
-    for (const auto &[table, rowid] : std::as_const(jetWrites->changed))
+    for (const auto &[table, rowid] : std::as_const(jetPages->changed))
         tables.insert(table);
-    jetWrites->changed.clear();
-    jetWrites->copying = true;
+    jetPages->changed.clear();
+    jetPages->copying = true;
     for (const QString &table : tables) {
         QSqlQuery(db).exec(QStringLiteral("DROP TABLE IF EXISTS %1").arg(quoteIdentifier(table)));
-        jetWrites->rowPlaces.remove(table);
+        jetPages->rowPlaces.remove(table);
     }
-    jetWrites->copying = false;
+    jetPages->copying = false;
 }
 
 } // namespace ht

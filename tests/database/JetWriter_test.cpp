@@ -3,6 +3,7 @@
 // nothing else in the file changed; a kill at any moment leaves the old file or
 // the new one.
 #include "database/HelpTextFixture.h"
+#include "database/JetFile.h"
 #include "database/jet/JetBuilder.h"
 #include "database/jet/JetCheck.h"
 #include "database/jet/JetEditor.h"
@@ -52,18 +53,22 @@ QString libmdbText(QString text)
 std::map<QString, QStringList> readThroughLibmdb(const QString &path)
 {
     std::map<QString, QStringList> tables;
-    auto db = Database::open(path, Database::Mode::ReadOnly);
-    for (const QString &table : db->tables()) {
+    auto file = JetFile::open(path);
+    for (const QString &table : file->tableNames()) {
         QStringList fields;
         QStringList &rows = tables[table];
-        db->forEachRow(QStringLiteral("SELECT * FROM %1").arg(quoteIdentifier(table)), {}, [&](QVariantList &row) {
-            QStringList cells;
-            for (int i = 0; i < row.size(); ++i)
-                cells << fields[i] + QLatin1Char('=') + canonical(row[i]);
-            cells.sort();
-            rows << cells.join(QLatin1Char('|'));
-            return true;
-        }, &fields);
+        file->readTable(
+            table, [&](const std::vector<JetColumn> &columns) {
+                for (const JetColumn &c : columns)
+                    fields << c.name;
+            },
+            [&](const QVariantList &row) {
+                QStringList cells;
+                for (int i = 0; i < row.size(); ++i)
+                    cells << fields[i] + QLatin1Char('=') + canonical(row[i]);
+                cells.sort();
+                rows << cells.join(QLatin1Char('|'));
+            });
         rows.sort();
     }
     return tables;

@@ -1,9 +1,9 @@
 #pragma once
-// Internal to the database layer: a Jet file opened for writing. Its tables are
-// copied into the memory database through the Jet page code, each row with
-// where it lies in the file; the rows an UPDATE changes are written into the
-// file when the change is committed. Inserting or deleting rows and changing
-// the design of tables are refused.
+// Internal to the database layer: a Jet 4 file read through the program's own
+// page code. Its tables are copied into the memory database, each row with
+// where it lies in the file. Opened for writing, the rows an UPDATE changes are
+// written into the file when the change is committed; inserting or deleting
+// rows and changing the design of tables are refused.
 
 #include "database/jet/JetEditor.h"
 
@@ -14,12 +14,13 @@
 namespace ht
 {
 
-struct JetWrites {
+struct JetPages {
     std::unique_ptr<jet::Editor> file;                     // the file as last read or written here
     QHash<QString, QHash<qint64, quint32>> rowPlaces;          // table -> rowid -> packed row pointer
     QSet<QPair<QString, qint64>> changed;                  // rows updated since the last write
     QString refusal;                                       // what was refused last, for the message
     bool copying = false;                                  // a table is being copied in
+    bool writable = false;
 };
 
 } // namespace ht
