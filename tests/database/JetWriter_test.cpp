@@ -269,6 +269,22 @@ TEST(JetCheck, CatchesDamagedCopies)
              p[480 + end - 1] = char(250);
          },
          "no row"},
+        {"compIndexTestV2000", "an indexed number changed behind its index's back",
+         [&](Image &im) {
+             const quint32 page = firstDataPage(im, QStringLiteral("Table1"));
+             char *value = im.changePage(page) + slotOf(im, page, 0).start + 2; // CD_AGENTE, the first fixed column
+             put32(value, le32(value) + 1000000);
+         },
+         "does not hold the row's values"},
+        {"testUnicodeCompV2003", "compressed text in a column that does not allow it",
+         [&](Image &im) {
+             const quint32 page = tableDefOf(im, QStringLiteral("Table"));
+             const TableDef t = readTableDef(im, page, QStringLiteral("Table"));
+             for (size_t i = 0; i < t.columns.size(); ++i)
+                 if (t.columns[i].name == QLatin1String("Unicode"))
+                     im.changePage(page)[63 + 12 * int(t.indexRoots.size()) + 25 * int(i) + 16] = 0;
+         },
+         "compressed text in column Unicode"},
         {"overflowTestV2000", "an overflow pointer to a plain row",
          [&](Image &im) {
              for (quint32 page : mapPages(im, readTableDef(im, tableDefOf(im, QStringLiteral("Table1")),

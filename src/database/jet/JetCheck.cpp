@@ -44,6 +44,31 @@ QList<QByteArray> indexEntries(const char *page)
     return entries;
 }
 
+// The key an index gives a row whose indexed columns are all whole numbers:
+// per column a flag byte and the number big-endian with its sign bit flipped,
+// every byte of it inverted for a descending column. Empty when the index holds
+// other columns or a null, which are not checked.
+QByteArray numericKey(const Image &image, const TableDef &t, int index, const QByteArray &bytes)
+{
+    const StoredRow row = decodeRow(image, bytes, t.variableColumns > 0);
+    QByteArray key;
+    const std::vector<quint16> &columns = t.indexColumns[size_t(index)];
+    for (size_t k = 0; k < columns.size(); ++k) {
+        const quint16 number = columns[k];
+        const bool ascending = t.indexAscending[size_t(index)][k];
+        const auto c = std::find_if(t.columns.begin(), t.columns.end(), [&](const Column &x) { return x.number == number; });
+        if (c == t.columns.end() || (c->type != TypeLong && c->type != TypeInteger) || isNull(row, *c))
+            return {};
+        const qlonglong value = columnValue(image, row, *c).toLongLong();
+        const int width = c->type == TypeLong ? 4 : 2;
+        const quint32 flipped = quint32(value) ^ (1u << (8 * width - 1));
+        key.append(char(ascending ? 0x7F : 0x80));
+        for (int shift = 8 * (width - 1); shift >= 0; shift -= 8)
+            key.append(char(ascending ? flipped >> shift : ~(flipped >> shift)));
+    }
+    return key;
+}
+
 class Checker
 {
   public:
@@ -168,8 +193,20 @@ void Checker::index(const TableDef &t, int number, const QSet<quint32> &liveSlot
             if (count++ > 0 && key < previousKey)
                 problem(name + QStringLiteral(": entries out of order on page %1").arg(page));
             previousKey = key;
-            if (!liveSlots.contains(at.packed()))
+            if (!liveSlots.contains(at.packed())) {
                 problem(name + QStringLiteral(": an entry points at page %1 row %2, no row").arg(at.page).arg(at.row));
+            } else {
+                QByteArray row = rowBytes(m_image, at.page, at.row);
+                if (slotOf(m_image, at.page, at.row).flags == kRowOverflowPointer) {
+                    const RowPointer target = RowPointer::unpack(le32(row.constData()));
+                    row = rowBytes(m_image, target.page, target.row);
+                }
+                const QByteArray expected = numericKey(m_image, t, number, row);
+                if (!expected.isEmpty() && expected != key)
+                    problem(name + QStringLiteral(": the entry of page %1 row %2 does not hold the row's values")
+                                       .arg(at.page)
+                                       .arg(at.row));
+            }
             listed.insert(at.packed());
         }
         page = le32(p + 16);

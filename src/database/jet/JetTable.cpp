@@ -137,11 +137,15 @@ TableDef readTableDef(const Image &image, quint32 page, const QString &name)
     for (quint32 i = 0; i < realIndexes; ++i) {
         const char *b = c.take(kRealIndexBlock);
         std::vector<quint16> keys;
+        std::vector<bool> ascending;
         for (int k = 0; k < 10; ++k) {
             const quint16 number = le16(b + 4 + 3 * k);
-            if (number != 0xFFFF)
+            if (number != 0xFFFF) {
                 keys.push_back(number);
+                ascending.push_back(b[6 + 3 * k] != 0);
+            }
         }
+        t.indexAscending.push_back(ascending);
         for (Column &col : t.columns)
             if (std::find(keys.begin(), keys.end(), col.number) != keys.end())
                 col.indexed = true;

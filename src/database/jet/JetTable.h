@@ -53,6 +53,7 @@ struct TableDef {
     std::vector<Column> columns;
     quint32 usedPagesMap = 0, freePagesMap = 0; // packed row pointers
     std::vector<std::vector<quint16>> indexColumns; // per physical index, the column numbers
+    std::vector<std::vector<bool>> indexAscending;  // per physical index, per column: ascending (else descending)
     std::vector<quint32> indexRoots;
     const Column *column(const QString &name) const; // any case; nullptr when absent
 };
