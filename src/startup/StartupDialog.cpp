@@ -163,8 +163,8 @@ void StartupDialog::checkLanguageLookup()
 void StartupDialog::checkHelpTextDatabase()
 {
     AppState &s = ctx.state;
-    // A batch page generation only reads: a Jet database is then used as it is
-    // instead of being converted for writing.
+    // A batch page generation only reads: the database is then used as it is,
+    // nothing repaired, and an earlier SQLite conversion of an Access file is not taken.
     const bool batch = FindCommandLineParameter(ctx, QStringLiteral("html"));
     s.helpTextDB = CheckConnection(ctx, s.standardHelpTextDB, batch ? ConnectFor::Reading : ConnectFor::Editing);
     if (s.helpTextDB.isEmpty()) {
