@@ -84,6 +84,7 @@ class Checker
     void owned(const QString &owner, const std::vector<quint32> &pages);
 
     const Image &m_image;
+    QSet<quint32> m_longValueRows; // of the table being checked, the rows its long values occupy
 };
 
 void Checker::owned(const QString &owner, const std::vector<quint32> &pages)
@@ -147,6 +148,8 @@ void Checker::dataPage(const TableDef &t, quint32 page, QSet<quint32> &targets, 
             if (c.longValue() && !isNull(row, c)) {
                 std::vector<RowPointer> parts;
                 readLongValue(m_image, stored, &parts);
+                for (RowPointer part : parts)
+                    m_longValueRows.insert(part.packed());
                 for (RowPointer part : parts)
                     if (slotOf(m_image, part.page, part.row).flags == kRowDeleted)
                         problem(QStringLiteral("table %1, column %2: a long value lies in a deleted row")
@@ -226,6 +229,7 @@ void Checker::table(const CatalogEntry &entry)
     QSet<quint32> targets, liveSlots;
     QHash<quint32, int> referenced;
     quint32 live = 0;
+    m_longValueRows.clear();
     for (quint32 page : pages) {
         if (page >= m_image.pageCount())
             continue;
@@ -242,6 +246,21 @@ void Checker::table(const CatalogEntry &entry)
                         .arg(referenced.value(target)));
     if (live != t.rowCount)
         problem(QStringLiteral("table %1: %2 rows, but its definition says %3").arg(t.name).arg(live).arg(t.rowCount));
+    // A long value replaced or emptied leaves none of its rows behind.
+    for (const Column &c : t.columns) {
+        if (c.longValueMap == 0)
+            continue;
+        for (quint32 page : mapPages(m_image, c.longValueMap)) {
+            if (page >= m_image.pageCount() || QByteArray(m_image.page(page) + 4, 4) != "LVAL")
+                continue;
+            for (int r = 0; r < rowCount(m_image.page(page)); ++r)
+                if (slotOf(m_image, page, r).flags != kRowDeleted && !m_longValueRows.contains(RowPointer{page, quint8(r)}.packed()))
+                    problem(QStringLiteral("table %1, column %2: the long-value row at page %3 row %4 belongs to no row")
+                                .arg(t.name, c.name)
+                                .arg(page)
+                                .arg(r));
+        }
+    }
     for (int i = 0; i < int(t.indexRoots.size()); ++i)
         index(t, i, liveSlots);
 }
