@@ -68,13 +68,13 @@ void EditorForm::Form_Load()
         AppState &s = ctx.state;
         LoadingGuard loading(*this);
         view.setEnabled(Ctl::MenuChangeDatabase, !s.runningOnMachinePC);
-        view.setEnabled(Ctl::MenuConvertToSqlite,
-                        !s.runningOnMachinePC && detectDatabaseFormat(s.helpTextDB) == DbFormat::Jet);
         view.setEnabled(Ctl::MenuSelectHelptextdirectory, !s.runningOnMachinePC);
         const QString number = view.text(Ctl::ComboIndex);
         view.setItems(Ctl::ComboIndex, {});
         if (!s.runningOnMachinePC && s.helpTextDB.isEmpty())
             connectDatabase();
+        view.setEnabled(Ctl::MenuConvertToSqlite,
+                        !s.runningOnMachinePC && detectDatabaseFormat(s.helpTextDB) == DbFormat::Jet);
         takeIndexTextDatabaseFromSettings();
 
         m_machines.clear();

@@ -307,6 +307,7 @@ TEST_F(AccessEditor, TextsAndDefinitionsAreStoredInTheAccessFileItself)
 {
     EXPECT_EQ(w.t.ctx.state.helpTextDB, w.db());
     open();
+    EXPECT_TRUE(view.at(Ctl::MenuConvertToSqlite).enabled);
     type(Ctl::TextDestination, 3, "Ο κινητήρας υπερθερμαίνεται");
     leave();
     type(Ctl::TextDefinition, 1, "B7");
