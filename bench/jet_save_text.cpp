@@ -41,7 +41,8 @@ int main(int argc, char **argv)
     QCoreApplication app(argc, argv);
     const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 20;
     QTemporaryDir dir;
-    const QString sqlite = dir.filePath(QStringLiteral("Full.sqlite")), access = dir.filePath(QStringLiteral("Helptext.mdb"));
+    const QString sqlite = dir.filePath(QStringLiteral("Full.sqlite")),
+                  access = dir.filePath(QStringLiteral("Helptext.mdb"));
     bench::makeFullDatabase(sqlite, 2);
     auto made = Clock::now();
     convertSqliteToJet(sqlite, bench::sourceDir() + QStringLiteral("/tests/data/jet/empty.mdb"), access);
@@ -77,7 +78,9 @@ int main(int argc, char **argv)
         editor.push_back(msSince(start));
     }
     auto check = Database::open(access, Database::Mode::ReadOnly);
-    if (check->query(QStringLiteral("SELECT Function FROM AlarmText WHERE Alarm_ID = ? AND Language = 1031"), {600 + rounds - 1})
+    if (check
+            ->query(QStringLiteral("SELECT Function FROM AlarmText WHERE Alarm_ID = ? AND Language = 1031"),
+                    {600 + rounds - 1})
             .text(QStringLiteral("Function")) != QStringLiteral("Το κείμενο της αποθήκευσης %1").arg(rounds - 1)) {
         std::fprintf(stderr, "the last text did not arrive in the file\n");
         return 1;
@@ -85,7 +88,7 @@ int main(int argc, char **argv)
     std::printf("Saving one text, %d rounds, the file replaced each time:\n", rounds);
     std::printf("  the writer (read, change, check, copy, flush, rename): median %.1f ms, max %.1f ms\n",
                 median(writer), *std::max_element(writer.begin(), writer.end()));
-    std::printf("  the editor's save through the database layer:       median %.1f ms, max %.1f ms\n",
-                median(editor), *std::max_element(editor.begin(), editor.end()));
+    std::printf("  the editor's save through the database layer:       median %.1f ms, max %.1f ms\n", median(editor),
+                *std::max_element(editor.begin(), editor.end()));
     return 0;
 }

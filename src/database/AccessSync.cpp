@@ -51,17 +51,18 @@ QHash<QString, Row> readRows(Database &db, const SyncedTable &t)
 {
     const QStringList columns = t.key + t.agree + t.texts;
     QHash<QString, Row> rows;
-    db.forEachRow(QStringLiteral("SELECT rowid, %1 FROM %2").arg(columns.join(QStringLiteral(", ")), QLatin1String(t.name)), {},
-                  [&](QVariantList &v) {
-                      Row r;
-                      r.rowid = v[0].toLongLong();
-                      v.removeFirst();
-                      for (qsizetype i = t.key.size(); i < t.key.size() + t.agree.size(); ++i)
-                          r.agree << v[i].toString().trimmed();
-                      r.texts = v.mid(t.key.size() + t.agree.size());
-                      rows.insert(keyOf(v, int(t.key.size())), r);
-                      return true;
-                  });
+    db.forEachRow(
+        QStringLiteral("SELECT rowid, %1 FROM %2").arg(columns.join(QStringLiteral(", ")), QLatin1String(t.name)), {},
+        [&](QVariantList &v) {
+            Row r;
+            r.rowid = v[0].toLongLong();
+            v.removeFirst();
+            for (qsizetype i = t.key.size(); i < t.key.size() + t.agree.size(); ++i)
+                r.agree << v[i].toString().trimmed();
+            r.texts = v.mid(t.key.size() + t.agree.size());
+            rows.insert(keyOf(v, int(t.key.size())), r);
+            return true;
+        });
     return rows;
 }
 
@@ -83,18 +84,21 @@ bool sameText(const QVariant &a, const QVariant &b)
 QString ConvertAccessToSqlite(Context &ctx, const QString &jetPath, const QString &target)
 {
     const QFileInfo info(jetPath);
-    const QString to = target.isEmpty() ? info.dir().filePath(info.completeBaseName() + QStringLiteral(".sqlite")) : target;
+    const QString to =
+        target.isEmpty() ? info.dir().filePath(info.completeBaseName() + QStringLiteral(".sqlite")) : target;
     QString refusal;
     if (detectDatabaseFormat(jetPath) != DbFormat::Jet)
         refusal = Q + jetPath + Q + QStringLiteral(" is no Access database; there is nothing to convert.");
     else if (QFileInfo::exists(to))
-        refusal = Q + to + Q + QStringLiteral(" exists already and is not overwritten. Open it with \"Change "
-                                              "database...\", or move it away to convert again.");
+        refusal = Q + to + Q +
+                  QStringLiteral(" exists already and is not overwritten. Open it with \"Change "
+                                 "database...\", or move it away to convert again.");
     if (refusal.isEmpty()) {
         try {
             convertJetToSqlite(jetPath, to);
         } catch (const DbError &e) {
-            refusal = QStringLiteral("The Access database could not be converted:") + LFCR + QString::fromUtf8(e.what());
+            refusal =
+                QStringLiteral("The Access database could not be converted:") + LFCR + QString::fromUtf8(e.what());
         }
     }
     if (!refusal.isEmpty()) {
@@ -102,8 +106,9 @@ QString ConvertAccessToSqlite(Context &ctx, const QString &jetPath, const QStrin
         return QString();
     }
     showMessage(ctx,
-                QStringLiteral("The Access database ") + Q + jetPath + Q + QStringLiteral(" was converted to ") + Q + to +
-                    Q + QStringLiteral(", which is used from now on. The Access database stays as it was.") + LFCR +
+                QStringLiteral("The Access database ") + Q + jetPath + Q + QStringLiteral(" was converted to ") + Q +
+                    to + Q + QStringLiteral(", which is used from now on. The Access database stays as it was.") +
+                    LFCR +
                     QStringLiteral("To carry the texts back into it later, use \"helptext-importer sync-to-access\"."),
                 Buttons::OK, Icon::Information, QStringLiteral("Convert to SQLite"));
     return to;

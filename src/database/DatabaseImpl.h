@@ -24,7 +24,7 @@ struct Database::Impl {
     Mode mode = Mode::ReadWrite;
     QVariant lastInsertId;
     int transactionDepth = 0;
-    std::unique_ptr<JetFile> jet; // set for a Jet file: tables are copied in on first use
+    std::unique_ptr<JetFile> jet;       // set for a Jet file: tables are copied in on first use
     std::unique_ptr<JetPages> jetPages; // set for a Jet file opened ReadWrite
 
     Impl();

@@ -126,17 +126,21 @@ void Database::Impl::copyJetTableByPages(const QString &table)
     jetPages->copying = true;
     try {
         QSqlQuery create(db);
-        if (!create.exec(QStringLiteral("CREATE TABLE %1 (%2)").arg(quoteIdentifier(def.name), defs.join(QStringLiteral(", ")))))
+        if (!create.exec(
+                QStringLiteral("CREATE TABLE %1 (%2)").arg(quoteIdentifier(def.name), defs.join(QStringLiteral(", ")))))
             throw DbError(create.lastError().text().toStdString());
         QSqlQuery insert(db);
-        if (!insert.prepare(QStringLiteral("INSERT INTO %1 VALUES (%2)").arg(quoteIdentifier(def.name), marks.join(QStringLiteral(", ")))))
+        if (!insert.prepare(QStringLiteral("INSERT INTO %1 VALUES (%2)")
+                                .arg(quoteIdentifier(def.name), marks.join(QStringLiteral(", ")))))
             throw DbError(insert.lastError().text().toStdString());
         QHash<qint64, quint32> &rowPlaces = jetPages->rowPlaces[def.name];
         jetPages->file->readRows(def.name, [&](jet::RowPointer slot, const QVariantList &values) {
             for (int i = 0; i < values.size(); ++i)
                 insert.bindValue(i, values[i]);
             if (!insert.exec())
-                throw DbError(QStringLiteral("Cannot copy a row of table %1: %2").arg(def.name, insert.lastError().text()).toStdString());
+                throw DbError(QStringLiteral("Cannot copy a row of table %1: %2")
+                                  .arg(def.name, insert.lastError().text())
+                                  .toStdString());
             rowPlaces.insert(sqlite3_last_insert_rowid(handle), slot.packed());
         });
     } catch (...) {

@@ -71,7 +71,8 @@ QString accessFileRefusal(const QString &path, const QString &job)
 {
     if (detectDatabaseFormat(path) != DbFormat::Jet)
         return QString();
-    return job + QStringLiteral(" cannot be done in an Access database yet (\"") + path + QStringLiteral("\").") + LFCR +
+    return job + QStringLiteral(" cannot be done in an Access database yet (\"") + path + QStringLiteral("\").") +
+           LFCR +
            QStringLiteral("Nothing was changed. Convert the database to SQLite first (editor: File, \"Convert to "
                           "SQLite...\"; or helptext-importer convert-to-sqlite), then do it there.");
 }

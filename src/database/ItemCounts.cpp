@@ -1,9 +1,9 @@
 // The item counts per machine kept in DBSys, and the check of the tables against them.
 #include "database/ItemCounts.h"
 
-#include "common/Messages.h"
 #include "common/Context.h"
 #include "common/ErrorLog.h"
+#include "common/Messages.h"
 #include "database/Database.h"
 #include "database/HelpTextDatabase.h"
 

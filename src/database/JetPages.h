@@ -15,11 +15,11 @@ namespace ht
 {
 
 struct JetPages {
-    std::unique_ptr<jet::Editor> file;                     // the file as last read or written here
-    QHash<QString, QHash<qint64, quint32>> rowPlaces;          // table -> rowid -> packed row pointer
-    QSet<QPair<QString, qint64>> changed;                  // rows updated since the last write
-    QString refusal;                                       // what was refused last, for the message
-    bool copying = false;                                  // a table is being copied in
+    std::unique_ptr<jet::Editor> file;                // the file as last read or written here
+    QHash<QString, QHash<qint64, quint32>> rowPlaces; // table -> rowid -> packed row pointer
+    QSet<QPair<QString, qint64>> changed;             // rows updated since the last write
+    QString refusal;                                  // what was refused last, for the message
+    bool copying = false;                             // a table is being copied in
     bool writable = false;
 };
 

@@ -125,7 +125,8 @@ int runConvertToSqlite(Context &ctx, const CommandArgs &args)
 {
     if (!args.has(QStringLiteral("database")))
         return usage(ctx, QStringLiteral("convert-to-sqlite: --database is needed"));
-    return ConvertAccessToSqlite(ctx, args.value(QStringLiteral("database")), args.value(QStringLiteral("to"))).isEmpty()
+    return ConvertAccessToSqlite(ctx, args.value(QStringLiteral("database")), args.value(QStringLiteral("to")))
+                   .isEmpty()
                ? kCommandFailed
                : kCommandDone;
 }

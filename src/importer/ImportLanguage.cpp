@@ -2,10 +2,10 @@
 // the help-text database with a text row for every item when it has none.
 #include "importer/Importer.h"
 
-#include "database/HelpTextDatabase.h"
 #include "common/Context.h"
 #include "common/StatusDisplay.h"
 #include "database/Database.h"
+#include "database/HelpTextDatabase.h"
 #include "database/LanguageRows.h"
 
 namespace ht

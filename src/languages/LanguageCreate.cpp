@@ -1,9 +1,9 @@
 // Creating or repairing a language in the help-text database, and storing its settings.
 #include "common/Context.h"
-#include "database/HelpTextDatabase.h"
 #include "common/ErrorLog.h"
 #include "common/Messages.h"
 #include "database/Database.h"
+#include "database/HelpTextDatabase.h"
 #include "database/LanguageRows.h"
 #include "languages/LanguageJobRun.h"
 #include "languages/LanguageJobs.h"

@@ -1,9 +1,9 @@
 // Deleting a language from the help-text database.
 #include "common/Context.h"
-#include "database/HelpTextDatabase.h"
 #include "common/ErrorLog.h"
 #include "common/Messages.h"
 #include "database/Database.h"
+#include "database/HelpTextDatabase.h"
 #include "languages/LanguageJobRun.h"
 #include "languages/LanguageJobs.h"
 

@@ -1,7 +1,7 @@
 // A Jet file opened for writing through the database layer: updates of existing
 // rows reach the file when they are committed, and nothing else is let through.
-#include "database/HelpTextFixture.h"
 #include "database/AccessSync.h"
+#include "database/HelpTextFixture.h"
 #include "database/jet/JetCheck.h"
 
 #include <QFile>
@@ -56,7 +56,8 @@ TEST(JetDatabase, CommittedUpdatesReachTheFileAndRolledBackOnesDoNot)
         Database::Transaction t(*db);
         db->exec(QStringLiteral("UPDATE AlarmText SET Device = ?, Result = ? WHERE Alarm_ID = 7"),
                  {greek, QString(5000, QLatin1Char('r'))});
-        db->exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = 'CT400', Sensor = 'B12' WHERE AlarmID <= 256"));
+        db->exec(
+            QStringLiteral("UPDATE AlarmDefinition SET MachineType = 'CT400', Sensor = 'B12' WHERE AlarmID <= 256"));
         t.commit();
     }
     EXPECT_EQ(f.device(7), greek);
@@ -86,32 +87,38 @@ TEST(JetDatabase, RefusesWhatAnAccessFileCannotTakeYetAndChangesNothing)
 {
     AccessHelpText f;
     QTemporaryDir dir;
-    const QString indexed = writeIn(dir, QStringLiteral("index.mdb"), readFileBytes(jetTestFile(QStringLiteral("compIndexTestV2000"))));
+    const QString indexed =
+        writeIn(dir, QStringLiteral("index.mdb"), readFileBytes(jetTestFile(QStringLiteral("compIndexTestV2000"))));
     const struct {
         QString file;
         QString sql;
         const char *named;
     } refused[] = {
-        {f.path, QStringLiteral("INSERT INTO AlarmText (Alarm_ID, Language) VALUES (9999, 1)"), "Adding rows to table AlarmText"},
+        {f.path, QStringLiteral("INSERT INTO AlarmText (Alarm_ID, Language) VALUES (9999, 1)"),
+         "Adding rows to table AlarmText"},
         {f.path, QStringLiteral("DELETE FROM AlarmText WHERE Language = 1"), "Deleting rows of table AlarmText"},
         {f.path, QStringLiteral("ALTER TABLE Language ADD COLUMN Extra TEXT"), "Changing the design"},
         {f.path, QStringLiteral("CREATE TABLE Extra (x)"), "Changing the design"},
         {f.path, QStringLiteral("DROP TABLE Discription"), "Changing the design"},
-        {indexed, QStringLiteral("UPDATE Table1 SET CD_AGENTE = CD_AGENTE + 1"), "Changing column CD_AGENTE of table Table1, which is indexed"},
+        {indexed, QStringLiteral("UPDATE Table1 SET CD_AGENTE = CD_AGENTE + 1"),
+         "Changing column CD_AGENTE of table Table1, which is indexed"},
         {f.path, QStringLiteral("UPDATE Language SET Name = ?"), "longer than its 255 characters"},
     };
     for (const auto &r : refused) {
         const QByteArray before = readFileBytes(r.file);
         auto db = Database::open(r.file);
         const QString message = failure([&] {
-            db->query(QStringLiteral("SELECT count(*) FROM %1").arg(r.file == f.path ? "AlarmText" : "Table1")); // copied in first
-            db->exec(r.sql, r.sql.contains(QLatin1Char('?')) ? QVariantList{QString(300, QLatin1Char('x'))} : QVariantList{});
+            db->query(QStringLiteral("SELECT count(*) FROM %1")
+                          .arg(r.file == f.path ? "AlarmText" : "Table1")); // copied in first
+            db->exec(r.sql,
+                     r.sql.contains(QLatin1Char('?')) ? QVariantList{QString(300, QLatin1Char('x'))} : QVariantList{});
         });
         EXPECT_TRUE(message.contains(QLatin1String(r.named))) << r.sql.toStdString() << ": " << message.toStdString();
         EXPECT_EQ(readFileBytes(r.file), before) << r.sql.toStdString();
         // What the program reads afterwards is the file's content, not the refused change.
         if (r.file == f.path)
-            EXPECT_EQ(db->query(QStringLiteral("SELECT Name FROM Language")).text(QStringLiteral("Name")), QStringLiteral("English"));
+            EXPECT_EQ(db->query(QStringLiteral("SELECT Name FROM Language")).text(QStringLiteral("Name")),
+                      QStringLiteral("English"));
     }
     EXPECT_TRUE(failure([&] {
                     writeFileBytes(dir.filePath(QStringLiteral("index.ldb")), "lock");
@@ -126,8 +133,9 @@ TEST(JetDatabase, AChangeByAnotherProgramMeanwhileIsNotOverwritten)
     auto second = Database::open(f.path);
     second->query(QStringLiteral("SELECT count(*) FROM AlarmText"));
     first->exec(QStringLiteral("UPDATE AlarmText SET Device = 'first' WHERE Alarm_ID = 1"));
-    EXPECT_TRUE(failure([&] { second->exec(QStringLiteral("UPDATE AlarmText SET Device = 'second' WHERE Alarm_ID = 2")); })
-                    .contains(QLatin1String("changed by another program")));
+    EXPECT_TRUE(failure([&] {
+                    second->exec(QStringLiteral("UPDATE AlarmText SET Device = 'second' WHERE Alarm_ID = 2"));
+                }).contains(QLatin1String("changed by another program")));
     EXPECT_EQ(f.device(1), QStringLiteral("first"));
     EXPECT_EQ(f.device(2), QStringLiteral("Device"));
 }
@@ -144,7 +152,8 @@ TEST(JetDatabase, SyncCarriesTheTextsOfAConversionBackAndRefusesWhatDoesNotMatch
     const QString greek = QStringLiteral("Ο αισθητήρας δεν αποκρίνεται"), memo(6000, QLatin1Char('m'));
     {
         auto db = Database::open(sqlite);
-        db->exec(QStringLiteral("UPDATE AlarmText SET Device = ?, Function = ? WHERE Alarm_ID IN (3, 300)"), {greek, memo});
+        db->exec(QStringLiteral("UPDATE AlarmText SET Device = ?, Function = ? WHERE Alarm_ID IN (3, 300)"),
+                 {greek, memo});
         db->exec(QStringLiteral("UPDATE AlarmDefinition SET Sensor = 'B9' WHERE AlarmID = 3"));
     }
     const SyncResult result = syncToAccess(sqlite, f.path);

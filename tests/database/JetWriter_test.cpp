@@ -27,8 +27,8 @@ using namespace ht::jet;
 namespace
 {
 
-const char *const kAccessFiles[] = {"test2V2000",         "overflowTestV2000",    "delTestV2000", "compIndexTestV2000",
-                                    "testUnicodeCompV2003", "indexTestV2000", "empty"};
+const char *const kAccessFiles[] = {"test2V2000",           "overflowTestV2000", "delTestV2000", "compIndexTestV2000",
+                                    "testUnicodeCompV2003", "indexTestV2000",    "empty"};
 
 Image loadImage(const QString &path)
 {
@@ -58,7 +58,8 @@ std::map<QString, QStringList> readThroughLibmdb(const QString &path)
         QStringList fields;
         QStringList &rows = tables[table];
         file->readTable(
-            table, [&](const std::vector<JetColumn> &columns) {
+            table,
+            [&](const std::vector<JetColumn> &columns) {
                 for (const JetColumn &c : columns)
                     fields << c.name;
             },
@@ -260,7 +261,8 @@ TEST(JetCheck, CatchesDamagedCopies)
         {"compIndexTestV2000", "an index entry pointing at another row",
          [&](Image &im) {
              quint32 page = 0; // a leaf of the table's index
-             while (quint8(im.page(page)[0]) != 4 || le32(im.page(page) + 4) != tableDefOf(im, QStringLiteral("Table1")))
+             while (quint8(im.page(page)[0]) != 4 ||
+                    le32(im.page(page) + 4) != tableDefOf(im, QStringLiteral("Table1")))
                  ++page;
              char *p = im.changePage(page);
              int end = 0; // the end of the first entry: its last byte is the row number
@@ -287,9 +289,9 @@ TEST(JetCheck, CatchesDamagedCopies)
          "compressed text in column Unicode"},
         {"overflowTestV2000", "an overflow pointer to a plain row",
          [&](Image &im) {
-             for (quint32 page : mapPages(im, readTableDef(im, tableDefOf(im, QStringLiteral("Table1")),
-                                                           QStringLiteral("Table1"))
-                                                  .usedPagesMap))
+             for (quint32 page :
+                  mapPages(im, readTableDef(im, tableDefOf(im, QStringLiteral("Table1")), QStringLiteral("Table1"))
+                                   .usedPagesMap))
                  for (int r = 0; r < rowCount(im.page(page)); ++r)
                      if (slotOf(im, page, r).flags == kRowOverflowPointer) {
                          char *p = im.changePage(page);
@@ -315,7 +317,9 @@ TEST(JetBuilder, CatalogKeysAreTheOnesAccessWrites)
     int compared = 0;
     forEachRow(image, catalog, [&](RowPointer at, const QByteArray &bytes) {
         const StoredRow row = decodeRow(image, bytes, true);
-        const auto value = [&](const char *name) { return columnValue(image, row, *catalog.column(QString::fromLatin1(name))); };
+        const auto value = [&](const char *name) {
+            return columnValue(image, row, *catalog.column(QString::fromLatin1(name)));
+        };
         QByteArray byId = longIndexKey(value("Id").toInt());
         QByteArray byName = longIndexKey(value("ParentId").toInt()) + letterIndexKey(value("Name").toString());
         for (QByteArray *key : {&byId, &byName})
@@ -333,7 +337,8 @@ TEST(JetBuilder, CatalogKeysAreTheOnesAccessWrites)
 TEST(JetBuilder, MakesAnAccessFileLibmdbReadsAsTheSqliteOne)
 {
     QTemporaryDir dir;
-    const QString sqlite = dir.filePath(QStringLiteral("help.sqlite")), access = dir.filePath(QStringLiteral("help.mdb"));
+    const QString sqlite = dir.filePath(QStringLiteral("help.sqlite")),
+                  access = dir.filePath(QStringLiteral("help.mdb"));
     makeHelpTextDb(sqlite);
     {
         auto db = Database::open(sqlite);
@@ -363,14 +368,16 @@ TEST(JetWriter, TextAndMemoOfEveryLengthAndScriptReadBack)
     const quint32 slot = firstSlot(copy.model, table);
     // Empty, inline, one long-value row, a chain of them past 10,000 characters.
     for (int length : {0, 1, 30, 31, 33, 500, 2000, 2100, 12000, 40})
-        for (int script = 0; script < int(std::size(kScripts)); script += length > 100 ? 3 : 1) {
+        for (int script = 0; script<int(std::size(kScripts)); script += length> 100 ? 3 : 1) {
             copy.edit([&](Editor &e, Model &m) {
                 setValue(e, m, table, slot, QStringLiteral("PROJ_PROP_AUTHOR"), textOfLength(length, script));
-                setValue(e, m, table, slot, QStringLiteral("PROJ_OPT_CURRENCY_SYMBOL"), textOfLength(length % 20, script));
+                setValue(e, m, table, slot, QStringLiteral("PROJ_OPT_CURRENCY_SYMBOL"),
+                         textOfLength(length % 20, script));
             });
             copy.verify("length " + std::to_string(length) + ", script " + std::to_string(script));
         }
-    copy.edit([&](Editor &e, Model &m) { setValue(e, m, table, slot, QStringLiteral("PROJ_PROP_AUTHOR"), QVariant()); });
+    copy.edit(
+        [&](Editor &e, Model &m) { setValue(e, m, table, slot, QStringLiteral("PROJ_PROP_AUTHOR"), QVariant()); });
     copy.verify("memo set to NULL");
 }
 
@@ -381,7 +388,8 @@ TEST(JetWriter, RowsGrowPastTheirPageAndShrinkBack)
         const bool mustMove = std::string(file) != "delTestV2000";
         EditedCopy copy(jetTestFile(QString::fromLatin1(file)));
         const Model original = copy.model;
-        const QString table = copy.model.rows.count(QStringLiteral("Table1")) ? QStringLiteral("Table1") : QStringLiteral("Table");
+        const QString table =
+            copy.model.rows.count(QStringLiteral("Table1")) ? QStringLiteral("Table1") : QStringLiteral("Table");
         Editor probe(copy.path);
         const std::vector<const Column *> columns = columnsInOrder(probe.table(table));
         const auto fill = [&](int length) {
@@ -403,7 +411,8 @@ TEST(JetWriter, RowsGrowPastTheirPageAndShrinkBack)
         int moved = 0;
         Image image = loadImage(copy.path);
         for (const auto &[slot, values] : copy.model.rows[table])
-            moved += slotOf(image, RowPointer::unpack(slot).page, RowPointer::unpack(slot).row).flags == kRowOverflowPointer;
+            moved +=
+                slotOf(image, RowPointer::unpack(slot).page, RowPointer::unpack(slot).row).flags == kRowOverflowPointer;
         if (mustMove)
             EXPECT_GT(moved, 0) << file;
         // Back to the values Access wrote; every row finds its way home or stays where it went.
@@ -420,15 +429,17 @@ TEST(JetWriter, RowsGrowPastTheirPageAndShrinkBack)
 TEST(JetWriter, RandomEditSequences)
 {
     QTemporaryDir dir;
-    const QString sqlite = dir.filePath(QStringLiteral("help.sqlite")), helpText = dir.filePath(QStringLiteral("help.mdb"));
+    const QString sqlite = dir.filePath(QStringLiteral("help.sqlite")),
+                  helpText = dir.filePath(QStringLiteral("help.mdb"));
     makeHelpTextDb(sqlite, false);
     Database::open(sqlite)->exec(QStringLiteral("INSERT INTO AlarmText (Alarm_ID, Language, Device) "
                                                 "SELECT AlarmID, 1, 'Device' FROM AlarmDefinition"));
     convertSqliteToJet(sqlite, jetTestFile(QStringLiteral("empty")), helpText);
     QRandomGenerator random(20261125);
     int edits = 0;
-    for (const QString &file : {jetTestFile(QStringLiteral("compIndexTestV2000")), jetTestFile(QStringLiteral("overflowTestV2000")),
-                                jetTestFile(QStringLiteral("test2V2000")), helpText}) {
+    for (const QString &file :
+         {jetTestFile(QStringLiteral("compIndexTestV2000")), jetTestFile(QStringLiteral("overflowTestV2000")),
+          jetTestFile(QStringLiteral("test2V2000")), helpText}) {
         EditedCopy copy(file);
         for (int round = 0; round < 6; ++round) {
             copy.edit([&](Editor &e, Model &m) {
@@ -450,7 +461,8 @@ TEST(JetWriter, RandomEditSequences)
                     int length = lengths[random.bounded(int(std::size(lengths)))];
                     if (c->type == TypeText)
                         length = std::min<int>(length, c->length / 2);
-                    const QVariant value = random.bounded(8) == 0 ? QVariant() : QVariant(textOfLength(length, random.bounded(7)));
+                    const QVariant value =
+                        random.bounded(8) == 0 ? QVariant() : QVariant(textOfLength(length, random.bounded(7)));
                     setValue(e, m, table->first, row->first, c->name, value);
                 }
             });
@@ -464,7 +476,8 @@ TEST(JetWriter, RefusesWhatItCannotDoSafely)
 {
     QTemporaryDir dir;
     const auto copyOf = [&](const char *name) {
-        return writeIn(dir, QString::fromLatin1(name) + QStringLiteral(".mdb"), readFileBytes(jetTestFile(QString::fromLatin1(name))));
+        return writeIn(dir, QString::fromLatin1(name) + QStringLiteral(".mdb"),
+                       readFileBytes(jetTestFile(QString::fromLatin1(name))));
     };
     const auto refusal = [](const std::function<void()> &f) {
         try {
@@ -511,8 +524,8 @@ TEST(JetWriter, RefusesWhatItCannotDoSafely)
     EditedCopy copy(jetTestFile(QStringLiteral("delTestV2000")));
     EXPECT_TRUE(refusal([&] {
                     copy.edit([&](Editor &e, Model &m) {
-                        setValue(e, m, QStringLiteral("Table"), firstSlot(m, QStringLiteral("Table")), QStringLiteral("a"),
-                                 textOfLength(300, 0));
+                        setValue(e, m, QStringLiteral("Table"), firstSlot(m, QStringLiteral("Table")),
+                                 QStringLiteral("a"), textOfLength(300, 0));
                     });
                 }).contains(QLatin1String("longer than")));
 }
@@ -520,7 +533,9 @@ TEST(JetWriter, RefusesWhatItCannotDoSafely)
 // A child applies one batch of edits and commits; the parent kills it at a random moment.
 TEST(JetWriter, KilledAtAnyMomentLeavesTheOldFileOrTheNew)
 {
-    const int runs = qEnvironmentVariableIntValue("HELPTEXT_CRASH_RUNS") > 0 ? qEnvironmentVariableIntValue("HELPTEXT_CRASH_RUNS") : 20;
+    const int runs = qEnvironmentVariableIntValue("HELPTEXT_CRASH_RUNS") > 0
+                         ? qEnvironmentVariableIntValue("HELPTEXT_CRASH_RUNS")
+                         : 20;
     QTemporaryDir dir;
     const QByteArray original = readFileBytes(jetTestFile(QStringLiteral("compIndexTestV2000")));
     const auto batch = [](const QString &path) {

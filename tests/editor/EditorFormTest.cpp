@@ -337,7 +337,8 @@ TEST_F(AccessEditor, TextsAndDefinitionsAreStoredInTheAccessFileItself)
     form.MenuConvertToSqlite_Click();
     EXPECT_EQ(w.t.ctx.state.helpTextDB, w.t.path("Helptext.sqlite"));
     EXPECT_EQ(ui.messageTexts().size(), 1);
-    EXPECT_TRUE(ui.messageTexts().value(0).contains("which is used from now on")) << qPrintable(ui.messageTexts().value(0));
+    EXPECT_TRUE(ui.messageTexts().value(0).contains("which is used from now on"))
+        << qPrintable(ui.messageTexts().value(0));
     EXPECT_FALSE(form.hasUnsavedInput());
     auto sqlite = Database::open(w.t.ctx.state.helpTextDB, Database::Mode::ReadOnly);
     EXPECT_EQ(sqlite->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 2 AND Language = 3").text("Function"),

@@ -9,9 +9,8 @@
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     try {
-        const ht::Workbook book =
-            ht::Workbook::read(QByteArray::fromRawData(reinterpret_cast<const char *>(data), qsizetype(size)),
-                               QStringLiteral("fuzz"));
+        const ht::Workbook book = ht::Workbook::read(
+            QByteArray::fromRawData(reinterpret_cast<const char *>(data), qsizetype(size)), QStringLiteral("fuzz"));
         (void)book.cell(0, 2, 1);
     } catch (const ht::WorkbookError &) {
     }

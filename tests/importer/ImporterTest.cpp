@@ -3,10 +3,10 @@
 
 #include "common/ConsoleUserInterface.h"
 #include "common/StatusDisplay.h"
+#include "database/jet/JetCheck.h"
 #include "importer/DelMachine.h"
 #include "importer/ImportCommands.h"
 #include "importer/Importer.h"
-#include "database/jet/JetCheck.h"
 
 #include <QDir>
 #include <QTemporaryFile>

@@ -142,7 +142,10 @@ TableDef Builder::addTable(const QString &name, const std::vector<NewColumn> &co
     for (size_t i = 0; i < columns.size(); ++i) {
         const NewColumn &c = columns[i];
         const bool fixed = c.type == TypeLong || c.type == TypeInteger;
-        const quint16 length = c.type == TypeLong ? 4 : c.type == TypeInteger ? 2 : c.type == TypeText ? c.characters * 2 : 0;
+        const quint16 length = c.type == TypeLong      ? 4
+                               : c.type == TypeInteger ? 2
+                               : c.type == TypeText    ? c.characters * 2
+                                                       : 0;
         QByteArray b(kColumnBlock, '\0');
         b[0] = char(c.type);
         std::copy(shared.begin(), shared.end(), b.begin() + 1);

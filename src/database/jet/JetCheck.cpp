@@ -56,7 +56,8 @@ QByteArray numericKey(const Image &image, const TableDef &t, int index, const QB
     for (size_t k = 0; k < columns.size(); ++k) {
         const quint16 number = columns[k];
         const bool ascending = t.indexAscending[size_t(index)][k];
-        const auto c = std::find_if(t.columns.begin(), t.columns.end(), [&](const Column &x) { return x.number == number; });
+        const auto c =
+            std::find_if(t.columns.begin(), t.columns.end(), [&](const Column &x) { return x.number == number; });
         if (c == t.columns.end() || (c->type != TypeLong && c->type != TypeInteger) || isNull(row, *c))
             return {};
         const qlonglong value = columnValue(image, row, *c).toLongLong();
@@ -131,7 +132,8 @@ void Checker::dataPage(const TableDef &t, quint32 page, QSet<quint32> &targets, 
             }
             bytes = rowBytes(m_image, target.page, target.row);
         } else if (s.flags != 0) {
-            problem(QStringLiteral("table %1, page %2 row %3: unknown flags %4").arg(t.name).arg(page).arg(r).arg(s.flags));
+            problem(
+                QStringLiteral("table %1, page %2 row %3: unknown flags %4").arg(t.name).arg(page).arg(r).arg(s.flags));
             continue;
         }
         ++live;
@@ -140,11 +142,12 @@ void Checker::dataPage(const TableDef &t, quint32 page, QSet<quint32> &targets, 
         for (const Column &c : t.columns) {
             const QByteArray stored = storedBytes(row, c);
             if (c.type == TypeText && stored.startsWith("\xFF\xFE") && !c.compressible())
-                problem(QStringLiteral("table %1, page %2 row %3: compressed text in column %4, which does not allow it")
-                            .arg(t.name)
-                            .arg(page)
-                            .arg(r)
-                            .arg(c.name));
+                problem(
+                    QStringLiteral("table %1, page %2 row %3: compressed text in column %4, which does not allow it")
+                        .arg(t.name)
+                        .arg(page)
+                        .arg(r)
+                        .arg(c.name));
             if (c.longValue() && !isNull(row, c)) {
                 std::vector<RowPointer> parts;
                 readLongValue(m_image, stored, &parts);
@@ -174,8 +177,9 @@ void Checker::index(const TableDef &t, int number, const QSet<quint32> &liveSlot
             return;
         }
         const QByteArray &first = entries.isEmpty() ? QByteArray() : entries.first();
-        page = first.size() >= 4 ? (quint32(quint8(first[first.size() - 4])) << 24) | bigEndianPage(first, first.size() - 3)
-                                 : le32(p + 20);
+        page = first.size() >= 4
+                   ? (quint32(quint8(first[first.size() - 4])) << 24) | bigEndianPage(first, first.size() - 3)
+                   : le32(p + 20);
     }
     QSet<quint32> listed;
     QByteArray previousKey;
@@ -254,11 +258,13 @@ void Checker::table(const CatalogEntry &entry)
             if (page >= m_image.pageCount() || QByteArray(m_image.page(page) + 4, 4) != "LVAL")
                 continue;
             for (int r = 0; r < rowCount(m_image.page(page)); ++r)
-                if (slotOf(m_image, page, r).flags != kRowDeleted && !m_longValueRows.contains(RowPointer{page, quint8(r)}.packed()))
-                    problem(QStringLiteral("table %1, column %2: the long-value row at page %3 row %4 belongs to no row")
-                                .arg(t.name, c.name)
-                                .arg(page)
-                                .arg(r));
+                if (slotOf(m_image, page, r).flags != kRowDeleted &&
+                    !m_longValueRows.contains(RowPointer{page, quint8(r)}.packed()))
+                    problem(
+                        QStringLiteral("table %1, column %2: the long-value row at page %3 row %4 belongs to no row")
+                            .arg(t.name, c.name)
+                            .arg(page)
+                            .arg(r));
         }
     }
     for (int i = 0; i < int(t.indexRoots.size()); ++i)

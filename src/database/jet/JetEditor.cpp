@@ -94,8 +94,8 @@ const TableDef &Editor::table(const QString &name)
         throw DbError(QStringLiteral("No table %1 in the Access file %2").arg(name, m_path).toStdString());
     auto known = m_tables.find(found);
     if (known == m_tables.end()) {
-        const auto entry = std::find_if(m_catalog.begin(), m_catalog.end(),
-                                        [&](const CatalogEntry &e) { return e.name == found; });
+        const auto entry =
+            std::find_if(m_catalog.begin(), m_catalog.end(), [&](const CatalogEntry &e) { return e.name == found; });
         known = m_tables.insert(found, readTableDef(m_image, entry->tableDefPage, found));
     }
     return *known;

@@ -13,7 +13,7 @@ namespace ht::jet
 
 constexpr int kPageSize = 4096;
 enum PageType : quint8 { PageDatabase = 0, PageData = 1, PageTableDef = 2, PageUsage = 5 };
-constexpr int kDataHeader = 14;        // type, 1, free space, table page, 4 unknown bytes, row count
+constexpr int kDataHeader = 14; // type, 1, free space, table page, 4 unknown bytes, row count
 constexpr int kMaxRowsPerPage = 255;
 constexpr int kMaxRowBytes = 4060;
 constexpr quint16 kRowOverflowPointer = 0x4000; // the row holds (row, page) of its data elsewhere

@@ -51,7 +51,7 @@ struct TableDef {
     quint32 rowCount = 0;
     quint16 variableColumns = 0;
     std::vector<Column> columns;
-    quint32 usedPagesMap = 0, freePagesMap = 0; // packed row pointers
+    quint32 usedPagesMap = 0, freePagesMap = 0;     // packed row pointers
     std::vector<std::vector<quint16>> indexColumns; // per physical index, the column numbers
     std::vector<std::vector<bool>> indexAscending;  // per physical index, per column: ascending (else descending)
     std::vector<quint32> indexRoots;

@@ -78,7 +78,8 @@ QString decodeText(const QByteArray &bytes)
 
 QByteArray encodeText(const QString &text, bool compressible)
 {
-    const bool oneByte = std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() >= 1 && c.unicode() <= 0xFF; });
+    const bool oneByte =
+        std::all_of(text.begin(), text.end(), [](QChar c) { return c.unicode() >= 1 && c.unicode() <= 0xFF; });
     if (compressible && oneByte && text.size() > 2) {
         QByteArray out("\xFF\xFE", 2);
         for (QChar c : text)
@@ -220,9 +221,10 @@ std::optional<QByteArray> encodeNumber(const Column &column, const QVariant &val
     case TypeDouble:
     case TypeDateTime: {
         // Dates are days since 30 December 1899, the time of day as the fraction.
-        const double d = value.typeId() == QMetaType::QDateTime
-                             ? double(QDateTime(QDate(1899, 12, 30), QTime(0, 0)).msecsTo(value.toDateTime())) / 86400000.0
-                             : value.toDouble(&ok);
+        const double d =
+            value.typeId() == QMetaType::QDateTime
+                ? double(QDateTime(QDate(1899, 12, 30), QTime(0, 0)).msecsTo(value.toDateTime())) / 86400000.0
+                : value.toDouble(&ok);
         ok = ok || value.typeId() == QMetaType::QDateTime;
         if (!ok)
             return std::nullopt;

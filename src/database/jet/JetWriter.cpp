@@ -11,9 +11,9 @@ namespace
 {
 
 constexpr int kMemoHeader = 12;
-constexpr int kInlineMemoMax = 64;                                   // bytes kept in the row itself
-constexpr int kLongValueRowMax = kPageSize - kDataHeader - 2 - 4;    // one row on a page of its own
-constexpr int kChainPartMax = kLongValueRowMax - 4;                  // a chain's rows begin with the next one's pointer
+constexpr int kInlineMemoMax = 64;                                // bytes kept in the row itself
+constexpr int kLongValueRowMax = kPageSize - kDataHeader - 2 - 4; // one row on a page of its own
+constexpr int kChainPartMax = kLongValueRowMax - 4;               // a chain's rows begin with the next one's pointer
 constexpr quint8 kMemoInline = 0x80, kMemoSingle = 0x40, kMemoChain = 0x00;
 
 QByteArray pointerBytes(RowPointer at)
@@ -78,7 +78,8 @@ RowPointer Writer::addLongValueRow(const TableDef &table, const Column &column, 
         refuse(QStringLiteral("column %1 of table %2 has no pages for long values").arg(column.name, table.name));
     const quint32 last = m_lastPage.value(column.longValueMap);
     if (last != 0 && rowCount(m_image.page(last)) < kMaxRowsPerPage &&
-        computedFreeSpace(m_image, last) >= data.size() + 2 && replaceRowOnPage(last, rowCount(m_image.page(last)), data, 0))
+        computedFreeSpace(m_image, last) >= data.size() + 2 &&
+        replaceRowOnPage(last, rowCount(m_image.page(last)), data, 0))
         return {last, quint8(rowCount(m_image.page(last)) - 1)};
     for (quint32 page : mapPages(m_image, column.longValueMap)) {
         if (page >= m_image.pageCount())
@@ -194,7 +195,8 @@ void Writer::applyChange(const TableDef &table, StoredRow &row, const ColumnChan
     case TypeDateTime: {
         const std::optional<QByteArray> number = encodeNumber(c, change.value);
         if (!number)
-            refuse(QStringLiteral("%1 does not fit column %2 of table %3").arg(change.value.toString(), c.name, table.name));
+            refuse(QStringLiteral("%1 does not fit column %2 of table %3")
+                       .arg(change.value.toString(), c.name, table.name));
         setStoredBytes(row, c, number);
         break;
     }
