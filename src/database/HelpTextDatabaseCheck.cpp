@@ -87,6 +87,18 @@ QString earlierConversion(const QString &jetPath)
     return target;
 }
 
+// Why the Access file cannot be opened for writing; "" when it can. A file that
+// cannot even be read says so later, when it is opened for reading.
+QString accessWriteRefusal(const QString &path)
+{
+    try {
+        Database::open(path, Database::Mode::ReadWrite);
+        return QString();
+    } catch (const DbError &e) {
+        return QString::fromUtf8(e.what());
+    }
+}
+
 // Tells the user which file is in use.
 void announceConversion(Context &ctx, const QString &jetPath, const QString &target)
 {
@@ -117,8 +129,13 @@ QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose)
                 format = DbFormat::SQLite;
             }
         }
-        // An Access file is edited in place too, though only the values of its rows.
-        const bool writable = format == DbFormat::SQLite || purpose == ConnectFor::Editing;
+        // An Access file is edited in place too, though only the values of its rows. One
+        // the program cannot write (another Jet version, encoded, write-protected) is
+        // still shown, read only, with the reason.
+        QString readOnlyReason;
+        if (format == DbFormat::Jet && purpose == ConnectFor::Editing)
+            readOnlyReason = accessWriteRefusal(active);
+        const bool writable = format == DbFormat::SQLite || (purpose == ConnectFor::Editing && readOnlyReason.isEmpty());
 
         // Everything that can show the database unfit is checked before anything is written.
         Probe probe;
@@ -150,6 +167,13 @@ QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose)
                                                       numericMachineTypes.join(QStringLiteral(", ")) +
                                                       QStringLiteral(" to text")) +
                             LFCR + QStringLiteral("The texts can be edited all the same."),
+                        Buttons::OK, Icon::Exclamation, QStringLiteral("Access database"));
+        if (!readOnlyReason.isEmpty())
+            showMessage(ctx,
+                        QStringLiteral("The Access database ") + Q + active + Q +
+                            QStringLiteral(" can only be read by this program: ") + readOnlyReason + LFCR +
+                            QStringLiteral("Its texts are shown, but nothing can be stored. Convert it to SQLite "
+                                           "(File, \"Convert to SQLite...\") to edit it."),
                         Buttons::OK, Icon::Exclamation, QStringLiteral("Access database"));
         if (active != path)
             announceConversion(ctx, path, active);

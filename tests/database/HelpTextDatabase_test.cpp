@@ -244,6 +244,28 @@ TEST(JetHelpText, AnAccessDatabaseIsUsedInPlaceAndSaysWhatItCannotTake)
     EXPECT_FALSE(QFile::exists(t.path(QStringLiteral("Machine.sqlite"))));
 }
 
+// An Access file the program cannot write (here: of a later Access version) is shown read only, and says why.
+TEST(JetHelpText, AnAccessDatabaseItCannotWriteIsReadOnlyAndSaysWhy)
+{
+    DbTestContext t;
+    const QString source = t.path(QStringLiteral("source.sqlite")), jet = t.path(QStringLiteral("Machine.mdb"));
+    makeHelpTextDb(source);
+    const QString made = t.path(QStringLiteral("made.mdb"));
+    makeAccessCopy(source, made);
+    QByteArray bytes = readFileBytes(made);
+    bytes[0x14] = 2;
+    writeFileBytes(jet, bytes);
+
+    EXPECT_EQ(CheckConnection(t.ctx, jet), jet);
+
+    ASSERT_EQ(t.ui.messageTexts().size(), 1);
+    EXPECT_TRUE(t.ui.messageTexts()[0].contains(QLatin1String("can only be read by this program: Only Access "
+                                                              "2000-2003 (Jet 4) files can be changed")))
+        << t.ui.messageTexts()[0].toStdString();
+    EXPECT_EQ(Database::open(jet, Database::Mode::ReadOnly)->query(QStringLiteral("SELECT count(*) FROM AlarmDefinition")).value(0).toInt(), 1280);
+    EXPECT_EQ(readFileBytes(jet), bytes);
+}
+
 TEST(CreateDBBackup, NumbersFurtherBackupsKeepsTheFirstAndReportsAFailedCopy)
 {
     DbTestContext t;
