@@ -165,8 +165,11 @@ void Database::Impl::writeJetChanges()
         QSqlQuery row(db);
         row.prepare(QStringLiteral("SELECT * FROM %1 WHERE rowid = ?").arg(quoteIdentifier(table)));
         row.addBindValue(rowid);
+        // Rows are never deleted here: one that cannot be read back is an error, never skipped.
         if (!row.exec() || !row.next())
-            continue; // the row is gone again: nothing of it to write
+            throw DbError(QStringLiteral("A changed row of table %1 cannot be read back; nothing was written to %2")
+                              .arg(table, path)
+                              .toStdString());
         QVariantList values;
         const size_t columns = jet::columnsInOrder(editor->table(table)).size();
         for (int i = 0; i < int(columns); ++i)
