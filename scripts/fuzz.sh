@@ -36,4 +36,4 @@ cp -n "${SEEDS[@]}" "$OUT/corpus/" 2>/dev/null || true
 # Leaks in libgsf's one-time type registration are not the reader's.
 export ASAN_OPTIONS="detect_leaks=0"
 "$OUT/fuzzer" "$OUT/corpus" -max_total_time="$SECONDS_TO_RUN" -max_len=1048576 -timeout=10 \
-  -rss_limit_mb=2048 -artifact_prefix="$OUT/findings/" -print_final_stats=1 2>&1 | tail -n 25
+  -rss_limit_mb=4096 -artifact_prefix="$OUT/findings/" -print_final_stats=1 2>&1 | tail -n 25
