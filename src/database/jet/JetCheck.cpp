@@ -75,7 +75,7 @@ class Checker
   public:
     explicit Checker(const Image &image) : m_image(image) {}
     QStringList problems;
-    void table(const CatalogEntry &entry);
+    void table(const CatalogEntry &entry, bool rowsToo);
 
   private:
     void problem(const QString &text) { problems << text; }
@@ -222,7 +222,7 @@ void Checker::index(const TableDef &t, int number, const QSet<quint32> &liveSlot
         problem(name + QStringLiteral(": lists %1 rows of %2").arg(listed.size()).arg(liveSlots.size()));
 }
 
-void Checker::table(const CatalogEntry &entry)
+void Checker::table(const CatalogEntry &entry, bool rowsToo)
 {
     const TableDef t = readTableDef(m_image, entry.tableDefPage, entry.name);
     const std::vector<quint32> pages = mapPages(m_image, t.usedPagesMap);
@@ -230,6 +230,8 @@ void Checker::table(const CatalogEntry &entry)
     for (const Column &c : t.columns)
         if (c.longValueMap != 0)
             owned(QStringLiteral("table %1, column %2").arg(t.name, c.name), mapPages(m_image, c.longValueMap));
+    if (!rowsToo)
+        return;
     QSet<quint32> targets, liveSlots;
     QHash<quint32, int> referenced;
     quint32 live = 0;
@@ -273,12 +275,12 @@ void Checker::table(const CatalogEntry &entry)
 
 } // namespace
 
-QStringList checkStructure(const Image &image)
+QStringList checkStructure(const Image &image, const QSet<QString> *changedTables)
 {
     Checker checker(image);
     try {
         for (const CatalogEntry &entry : readCatalog(image, true))
-            checker.table(entry);
+            checker.table(entry, !changedTables || changedTables->contains(entry.name));
     } catch (const DbError &e) {
         checker.problems << QString::fromUtf8(e.what());
     }

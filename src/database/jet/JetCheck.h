@@ -5,6 +5,7 @@
 
 #include "database/jet/JetImage.h"
 
+#include <QSet>
 #include <QStringList>
 
 namespace ht::jet
@@ -15,6 +16,9 @@ namespace ht::jet
 // pages, overflow pointers and their rows, its pages and those of its long
 // values against the global usage map, its row count, compressed text only in
 // columns that allow it, and each index listing every row once, in key order.
-QStringList checkStructure(const Image &image);
+// With `changedTables`, the rows and indexes of the other tables are not
+// looked at again: changing a table's rows leaves theirs as they were, and
+// their pages are still checked against the global map.
+QStringList checkStructure(const Image &image, const QSet<QString> *changedTables = nullptr);
 
 } // namespace ht::jet

@@ -135,6 +135,7 @@ void Editor::updateRow(const QString &tableName, RowPointer slot, const QVariant
             changes.push_back({columns[i], values[qsizetype(i)]});
     if (changes.empty())
         return;
+    m_changedTables.insert(t.name);
     try {
         Writer(m_image).updateRow(t, slot, changes);
     } catch (...) {
@@ -149,7 +150,7 @@ void Editor::commit()
         throw DbError("An earlier change to the Access file failed; nothing was written");
     if (!changed())
         return;
-    const QStringList problems = checkStructure(m_image);
+    const QStringList problems = checkStructure(m_image, &m_changedTables);
     if (!problems.isEmpty())
         throw DbError(QStringLiteral("The change to the Access file %1 was not written, as it would leave the file "
                                      "unsound: %2")

@@ -8,6 +8,7 @@
 #include "database/jet/JetWriter.h"
 
 #include <QHash>
+#include <QSet>
 #include <QVariantList>
 #include <memory>
 
@@ -45,6 +46,7 @@ class Editor
     Image m_image;
     std::vector<CatalogEntry> m_catalog;
     QHash<QString, TableDef> m_tables;
+    QSet<QString> m_changedTables;
     bool m_broken = false;
 };
 
