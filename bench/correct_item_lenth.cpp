@@ -6,16 +6,17 @@
 #include "database/Database.h"
 #include "database/HelpTextDatabase.h"
 #include "database/ItemCounts.h"
+#include "support/Timing.h"
 
 #include <QCoreApplication>
 #include <QFile>
 #include <QTemporaryDir>
-#include <chrono>
 #include <cstdio>
 #include <filesystem>
 
 using namespace ht;
-using Clock = std::chrono::steady_clock;
+using bench::Clock;
+using bench::msSince;
 
 namespace
 {
@@ -29,11 +30,6 @@ QString script(const char *name)
     if (!f.open(QIODevice::ReadOnly))
         throw DbError(std::string("cannot read schema script ") + name);
     return QString::fromUtf8(f.readAll());
-}
-
-double msSince(Clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
 void makeFullDatabase(const QString &path)

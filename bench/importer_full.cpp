@@ -12,6 +12,7 @@
 #include "importer/Importer.h"
 #include "importer/Workbook.h"
 #include "support/FullDatabase.h"
+#include "support/Timing.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -23,21 +24,12 @@
 #include <vector>
 
 using namespace ht;
-using Clock = std::chrono::steady_clock;
+using bench::Clock;
+using bench::msSince;
+using bench::median;
 
 namespace
 {
-
-double msSince(Clock::time_point t)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - t).count();
-}
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
 
 // The import's phases, told apart by the texts its progress display starts with.
 class PhaseClock : public HeadlessStatus

@@ -8,33 +8,19 @@
 #include "database/Database.h"
 #include "database/jet/JetEditor.h"
 #include "support/FullDatabase.h"
+#include "support/Timing.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <vector>
 
 using namespace ht;
-using Clock = std::chrono::steady_clock;
-
-namespace
-{
-
-double msSince(Clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-
-double median(std::vector<double> v)
-{
-    std::sort(v.begin(), v.end());
-    return v[v.size() / 2];
-}
-
-} // namespace
+using bench::Clock;
+using bench::msSince;
+using bench::median;
 
 int main(int argc, char **argv)
 {

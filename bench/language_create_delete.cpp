@@ -11,24 +11,17 @@
 #include "database/LanguageLookup.h"
 #include "languages/LanguageJobs.h"
 #include "support/FullDatabase.h"
+#include "support/Timing.h"
 
 #include <QCoreApplication>
 #include <QTemporaryDir>
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <vector>
 
 using namespace ht;
-using Clock = std::chrono::steady_clock;
-
-namespace
-{
-double msSince(Clock::time_point start)
-{
-    return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
-}
-} // namespace
+using bench::Clock;
+using bench::msSince;
 
 int main(int argc, char **argv)
 {

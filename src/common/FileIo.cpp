@@ -154,8 +154,11 @@ FileRead readAt(int dirFd, const char *name, qint64 maxBytes, bool followLinks, 
 
 // `folder` is the prefix that makes a name in the folder a path for `dirFd`:
 // "" with a folder's own descriptor, the folder with its slash with AT_FDCWD.
+// `durable`: the new file keeps the old one's permissions, and it and then the
+// folder are flushed to the disk, so that after a crash the name holds the old
+// file or the new one, complete.
 bool replaceAt(int dirFd, const QByteArray &folder, const QByteArray &name, const char *data, qint64 size,
-               QString *error)
+               QString *error, bool durable = false)
 {
     // A name of its own per call, so that two runs or two threads writing into
     // one folder never share a temporary file.
@@ -168,6 +171,12 @@ bool replaceAt(int dirFd, const QByteArray &folder, const QByteArray &name, cons
         return false;
     }
     bool ok = writeAll(fd, data, size);
+    if (ok && durable) {
+        struct stat old {};
+        if (::fstatat(dirFd, (folder + name).constData(), &old, 0) == 0)
+            ok = ::fchmod(fd, old.st_mode & 07777) == 0;
+        ok = ok && ::fsync(fd) == 0;
+    }
     int code = ok ? 0 : errno;
     // A full disk may show only when the file is closed.
     if (::close(fd) != 0 && ok) {
@@ -181,6 +190,13 @@ bool replaceAt(int dirFd, const QByteArray &folder, const QByteArray &name, cons
     if (!ok) {
         ::unlinkat(dirFd, temp.constData(), 0);
         setError(error, systemError(code));
+    } else if (durable) {
+        // The rename itself reaches the disk with the folder.
+        const int dir = ::openat(dirFd, folder.isEmpty() ? "." : folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (dir >= 0) {
+            ::fsync(dir);
+            ::close(dir);
+        }
     }
     return ok;
 }
@@ -344,53 +360,6 @@ FileRead readRegularFile(const QString &path, qint64 maxBytes, bool followLinks,
 #endif
 }
 
-bool replaceFileDurably(const QString &path, const char *data, qint64 size, QString *error)
-{
-#ifdef Q_OS_WIN
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(data, size) != size || !file.commit()) {
-        setError(error, file.errorString());
-        return false;
-    }
-    return true;
-#else
-    const QByteArray full = QFile::encodeName(path);
-    const qsizetype slash = full.lastIndexOf('/');
-    const QByteArray folder = slash < 0 ? QByteArray(".") : full.left(slash + 1);
-    const QByteArray temp = (slash < 0 ? QByteArray() : folder) + ".~" + QByteArray::number(qint64(::getpid())) +
-                            "-durable.tmp";
-    struct stat old {};
-    const bool existed = ::stat(full.constData(), &old) == 0;
-    const int fd = ::open(temp.constData(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
-    if (fd < 0) {
-        setError(error, systemError(errno));
-        return false;
-    }
-    bool ok = writeAll(fd, data, size) && (!existed || ::fchmod(fd, old.st_mode & 07777) == 0) && ::fsync(fd) == 0;
-    int code = ok ? 0 : errno;
-    if (::close(fd) != 0 && ok) {
-        ok = false;
-        code = errno;
-    }
-    if (ok && ::rename(temp.constData(), full.constData()) != 0) {
-        ok = false;
-        code = errno;
-    }
-    if (!ok) {
-        ::unlink(temp.constData());
-        setError(error, systemError(code));
-        return false;
-    }
-    // The rename itself reaches the disk with the folder.
-    const int dir = ::open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (dir >= 0) {
-        ::fsync(dir);
-        ::close(dir);
-    }
-    return true;
-#endif
-}
-
 bool replaceFile(const QString &path, const char *data, qint64 size, QString *error)
 {
 #ifdef Q_OS_WIN
@@ -399,6 +368,17 @@ bool replaceFile(const QString &path, const char *data, qint64 size, QString *er
     const QByteArray full = QFile::encodeName(path);
     const qsizetype slash = full.lastIndexOf('/');
     return replaceAt(AT_FDCWD, full.left(slash + 1), full.mid(slash + 1), data, size, error);
+#endif
+}
+
+bool replaceFileDurably(const QString &path, const char *data, qint64 size, QString *error)
+{
+#ifdef Q_OS_WIN
+    return replacePath(path, data, size, error); // QSaveFile flushes before it renames
+#else
+    const QByteArray full = QFile::encodeName(path);
+    const qsizetype slash = full.lastIndexOf('/');
+    return replaceAt(AT_FDCWD, full.left(slash + 1), full.mid(slash + 1), data, size, error, true);
 #endif
 }
 

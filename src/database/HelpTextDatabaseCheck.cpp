@@ -87,18 +87,6 @@ QString earlierConversion(const QString &jetPath)
     return target;
 }
 
-// Why the Access file cannot be opened for writing; "" when it can. A file that
-// cannot even be read says so later, when it is opened for reading.
-QString accessWriteRefusal(const QString &path)
-{
-    try {
-        Database::open(path, Database::Mode::ReadWrite);
-        return QString();
-    } catch (const DbError &e) {
-        return QString::fromUtf8(e.what());
-    }
-}
-
 // Tells the user which file is in use.
 void announceConversion(Context &ctx, const QString &jetPath, const QString &target)
 {
@@ -129,19 +117,25 @@ QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose)
                 format = DbFormat::SQLite;
             }
         }
-        // An Access file is edited in place too, though only the values of its rows. One
-        // the program cannot write (another Jet version, encoded, write-protected) is
-        // still shown, read only, with the reason.
-        QString readOnlyReason;
-        if (format == DbFormat::Jet && purpose == ConnectFor::Editing)
-            readOnlyReason = accessWriteRefusal(active);
-        const bool writable = format == DbFormat::SQLite || (purpose == ConnectFor::Editing && readOnlyReason.isEmpty());
+        // An Access file is edited in place too, though only the values of its rows.
+        bool writable = format == DbFormat::SQLite || purpose == ConnectFor::Editing;
+        QString readOnlyReason; // why an Access file cannot be written; it is shown, read only
 
         // Everything that can show the database unfit is checked before anything is written.
         Probe probe;
         QStringList numericMachineTypes; // in an Access file, where they stay numbers
         {
-            auto db = Database::open(active, writable ? Database::Mode::ReadWrite : Database::Mode::ReadOnly);
+            std::unique_ptr<Database> db;
+            try {
+                db = Database::open(active, writable ? Database::Mode::ReadWrite : Database::Mode::ReadOnly);
+            } catch (const DbError &e) {
+                // Another Jet version, encoded, write-protected: read only. One that cannot be read fails below.
+                if (format != DbFormat::Jet || !writable || dynamic_cast<const DbBusy *>(&e))
+                    throw;
+                readOnlyReason = QString::fromUtf8(e.what());
+                writable = false;
+                db = Database::open(active, Database::Mode::ReadOnly);
+            }
             probe = probeTables(*db);
             if (writable) {
                 if (format == DbFormat::SQLite)

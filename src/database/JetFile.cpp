@@ -1,4 +1,5 @@
 #include "database/JetFile.h"
+#include "database/jet/JetValues.h"
 
 #include "common/FileIo.h"
 #include "database/Database.h"
@@ -387,21 +388,6 @@ void readTableChild(const QByteArray &path, const QByteArray &table, Sink &sink)
 
 // ---- parent side ----------------------------------------------------------------------
 
-// Jet dates count days from 1899-12-30; the fraction is the time of day, also for negative days.
-QString jetDateToIso(double value)
-{
-    if (!std::isfinite(value) || std::fabs(value) > 3e6)
-        return QString();
-    const double days = std::trunc(value);
-    qint64 seconds = std::llround(std::fabs(value - days) * 86400.0);
-    QDate date = QDate(1899, 12, 30).addDays(qint64(days));
-    if (seconds >= 86400) { // rounded up to midnight
-        seconds -= 86400;
-        date = date.addDays(days < 0 ? -1 : 1);
-    }
-    return QDateTime(date, QTime(0, 0).addSecs(int(seconds))).toString(Qt::ISODate);
-}
-
 QString sqlTypeFor(int jetType)
 {
     switch (jetType) {
@@ -526,7 +512,7 @@ void JetFile::readTable(const QString &table, const std::function<void(const std
                 row << QVariant(in.f64());
                 break;
             case 'T':
-                row << QVariant(jetDateToIso(in.f64()));
+                row << QVariant(jet::jetDateToIso(in.f64()));
                 break;
             case 'M':
                 row << QVariant(in.text().toDouble());

@@ -66,10 +66,9 @@ LanguageRowsAdded addLanguageTextRows(Database &db, qlonglong language, bool mat
                      {d, language})
                 .value(0)
                 .toLongLong() == 0)
-            added.descriptions += db.exec(
-                QStringLiteral("INSERT INTO Discription (DiscriptionID, Language, Text) SELECT ?, ?, '' "
-                               "WHERE NOT EXISTS (SELECT 1 FROM Discription WHERE DiscriptionID = ? AND Language = ?)"),
-                {d, language, d, language});
+            added.descriptions +=
+                db.exec(QStringLiteral("INSERT INTO Discription (DiscriptionID, Language, Text) VALUES (?, ?, '')"),
+                        {d, language});
     return added;
 }
 

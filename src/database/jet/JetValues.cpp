@@ -28,20 +28,6 @@ void setMaskBit(QByteArray &mask, int bit, bool on)
     mask[bit / 8] = char(byte);
 }
 
-QString jetDateToIso(double value)
-{
-    if (!std::isfinite(value) || std::fabs(value) > 3e6)
-        return QString();
-    const double days = std::trunc(value);
-    qint64 seconds = std::llround(std::fabs(value - days) * 86400.0);
-    QDate date = QDate(1899, 12, 30).addDays(qint64(days));
-    if (seconds >= 86400) {
-        seconds -= 86400;
-        date = date.addDays(days < 0 ? -1 : 1);
-    }
-    return QDateTime(date, QTime(0, 0).addSecs(int(seconds))).toString(Qt::ISODate);
-}
-
 template <typename T> T fixedAs(const QByteArray &b)
 {
     T v{};
@@ -51,6 +37,20 @@ template <typename T> T fixedAs(const QByteArray &b)
 }
 
 } // namespace
+
+QString jetDateToIso(double value)
+{
+    if (!std::isfinite(value) || std::fabs(value) > 3e6)
+        return QString();
+    const double days = std::trunc(value);
+    qint64 seconds = std::llround(std::fabs(value - days) * 86400.0);
+    QDate date = QDate(1899, 12, 30).addDays(qint64(days));
+    if (seconds >= 86400) { // rounded up to midnight
+        seconds -= 86400;
+        date = date.addDays(days < 0 ? -1 : 1);
+    }
+    return QDateTime(date, QTime(0, 0).addSecs(int(seconds))).toString(Qt::ISODate);
+}
 
 QString decodeText(const QByteArray &bytes)
 {

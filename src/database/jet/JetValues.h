@@ -10,6 +10,10 @@
 namespace ht::jet
 {
 
+// Jet dates count days from 1899-12-30; the fraction is the time of day, also for
+// negative days. "" for a value no date can have.
+QString jetDateToIso(double value);
+
 // Text as stored: UCS-2, or "compressed" (FF FE, then one byte per character
 // and a 0x00 byte switching between one and two bytes).
 QString decodeText(const QByteArray &bytes);
