@@ -6,6 +6,7 @@
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
+#include <QSqlRecord>
 #include <sqlite3.h>
 
 namespace ht
@@ -116,7 +117,7 @@ void Database::Impl::openJetForReading()
 void Database::Impl::copyJetTableByPages(const QString &table)
 {
     const jet::TableDef &def = jetPages->file->table(table);
-    const std::vector<const jet::Column *> columns = jet::columnsInOrder(def);
+    const std::vector<const jet::Column *> &columns = jetPages->file->columnsOf(def.name);
     QStringList defs, marks;
     for (const jet::Column *c : columns) {
         defs << quoteIdentifier(c->name) + QLatin1Char(' ') + jetSqlType(c->type);
@@ -161,20 +162,26 @@ void Database::Impl::writeJetChanges()
                                      "was written. Open it again and repeat the change.")
                           .arg(path)
                           .toStdString());
-    for (const auto &[table, rowid] : std::as_const(jetPages->changed)) {
+    // Table by table: each changed row read back from the memory copy and written.
+    QHash<QString, QList<qint64>> byTable;
+    for (const auto &[table, rowid] : std::as_const(jetPages->changed))
+        byTable[table] << rowid;
+    for (auto t = byTable.cbegin(); t != byTable.cend(); ++t) {
+        const QHash<qint64, quint32> &places = jetPages->rowPlaces.value(t.key());
         QSqlQuery row(db);
-        row.prepare(QStringLiteral("SELECT * FROM %1 WHERE rowid = ?").arg(quoteIdentifier(table)));
-        row.addBindValue(rowid);
-        // Rows are never deleted here: one that cannot be read back is an error, never skipped.
-        if (!row.exec() || !row.next())
-            throw DbError(QStringLiteral("A changed row of table %1 cannot be read back; nothing was written to %2")
-                              .arg(table, path)
-                              .toStdString());
-        QVariantList values;
-        const size_t columns = jet::columnsInOrder(editor->table(table)).size();
-        for (int i = 0; i < int(columns); ++i)
-            values << row.value(i);
-        editor->updateRow(table, jet::RowPointer::unpack(jetPages->rowPlaces.value(table).value(rowid)), values);
+        row.prepare(QStringLiteral("SELECT * FROM %1 WHERE rowid = ?").arg(quoteIdentifier(t.key())));
+        for (qint64 rowid : t.value()) {
+            row.addBindValue(rowid);
+            // Rows are never deleted here: one that cannot be read back is an error, never skipped.
+            if (!row.exec() || !row.next() || !places.contains(rowid))
+                throw DbError(QStringLiteral("A changed row of table %1 cannot be read back; nothing was written to %2")
+                                  .arg(t.key(), path)
+                                  .toStdString());
+            QVariantList values;
+            for (int i = 0; i < row.record().count(); ++i)
+                values << row.value(i);
+            editor->updateRow(t.key(), jet::RowPointer::unpack(places.value(rowid)), values);
+        }
     }
     editor->commit();
     jetPages->file = std::move(editor);

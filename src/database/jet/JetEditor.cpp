@@ -51,6 +51,7 @@ QString Editor::lockFile(const QString &path)
     return info.dir().filePath(info.completeBaseName() + QStringLiteral(".ldb"));
 }
 
+// The file's bytes are moved in, never copied: a copy of a large file costs what a save may take.
 Editor::Editor(const QString &path) : m_path(path), m_image(readWhole(path), path)
 {
     m_catalog = readCatalog(m_image);
@@ -96,16 +97,22 @@ const TableDef &Editor::table(const QString &name)
     if (known == m_tables.end()) {
         const auto entry =
             std::find_if(m_catalog.begin(), m_catalog.end(), [&](const CatalogEntry &e) { return e.name == found; });
-        known = m_tables.insert(found, readTableDef(m_image, entry->tableDefPage, found));
+        known = m_tables.emplace(found, readTableDef(m_image, entry->tableDefPage, found)).first;
+        m_columnsInOrder.emplace(found, columnsInOrder(known->second));
     }
-    return *known;
+    return known->second;
+}
+
+const std::vector<const Column *> &Editor::columnsOf(const QString &name)
+{
+    return m_columnsInOrder.at(table(name).name);
 }
 
 void Editor::readRows(const QString &tableName,
                       const std::function<void(RowPointer slot, const QVariantList &values)> &visit)
 {
     const TableDef &t = table(tableName);
-    const std::vector<const Column *> columns = columnsInOrder(t);
+    const std::vector<const Column *> &columns = columnsOf(tableName);
     forEachRow(m_image, t, [&](RowPointer slot, const QByteArray &bytes) {
         const StoredRow row = decodeRow(m_image, bytes, t.variableColumns > 0);
         QVariantList values;
@@ -120,8 +127,7 @@ void Editor::updateRow(const QString &tableName, RowPointer slot, const QVariant
     if (m_broken)
         throw DbError("An earlier change to the Access file failed; start again");
     const TableDef &t = table(tableName);
-    const std::vector<const Column *> columns = columnsInOrder(t);
-    QVariantList stored;
+    const std::vector<const Column *> &columns = columnsOf(tableName);
     const Slot s = slotOf(m_image, slot.page, slot.row);
     QByteArray bytes = rowBytes(m_image, slot.page, slot.row);
     if (s.flags == kRowOverflowPointer) {
@@ -137,7 +143,7 @@ void Editor::updateRow(const QString &tableName, RowPointer slot, const QVariant
         return;
     m_changedTables.insert(t.name);
     try {
-        Writer(m_image).updateRow(t, slot, changes);
+        m_writer.updateRow(t, slot, changes);
     } catch (...) {
         m_broken = true; // pages may be half changed: this round can only be dropped
         throw;

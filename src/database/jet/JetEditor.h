@@ -7,9 +7,9 @@
 #include "database/jet/JetTable.h"
 #include "database/jet/JetWriter.h"
 
-#include <QHash>
 #include <QSet>
 #include <QVariantList>
+#include <map>
 #include <memory>
 
 namespace ht::jet
@@ -22,14 +22,18 @@ class Editor
     // file, or of a layout the writer does not know.
     explicit Editor(const QString &path);
     Editor(const QString &path, const QByteArray &bytes); // the file as read before
+    Editor(const Editor &) = delete;
+    Editor &operator=(const Editor &) = delete;
     const QByteArray &bytes() const { return m_image.bytes(); }
     // Throws DbError when another program has the file open (a lock file beside it).
     void checkNotOpenElsewhere() const;
 
     std::vector<QString> tableNames() const;
-    QString findTable(const QString &name) const; // the catalog's spelling, "" when absent
-    const TableDef &table(const QString &name);   // throws DbError when absent
-    // Every live row: its slot and its values in column-number order.
+    QString findTable(const QString &name) const;                      // the catalog's spelling, "" when absent
+    const TableDef &table(const QString &name);                        // throws DbError when absent
+    const std::vector<const Column *> &columnsOf(const QString &name); // in column-number order
+    // Every live row: its slot and its values in column-number order. `visit`
+    // may change rows; rows it moves to new overflow rows are not visited twice.
     void readRows(const QString &table, const std::function<void(RowPointer slot, const QVariantList &values)> &visit);
     // Writes the values that differ from the row's; the rest of the row stays as it is.
     void updateRow(const QString &table, RowPointer slot, const QVariantList &values);
@@ -45,7 +49,10 @@ class Editor
     QString m_path;
     Image m_image;
     std::vector<CatalogEntry> m_catalog;
-    QHash<QString, TableDef> m_tables;
+    // Read once per round; a std::map keeps references to them valid as more are read.
+    std::map<QString, TableDef> m_tables;
+    std::map<QString, std::vector<const Column *>> m_columnsInOrder;
+    Writer m_writer{m_image}; // keeps, for the round, where new rows went last
     QSet<QString> m_changedTables;
     bool m_broken = false;
 };

@@ -336,12 +336,14 @@ void forEachRow(const Image &image, const TableDef &table,
         const char *page = image.page(pageNumber);
         if (quint8(page[0]) != PageData || le32(page + 4) != table.page)
             continue;
+        // Rows added while visiting (overflow rows) are not visited; the page is
+        // looked up for each row, as a visit may have moved the file in memory.
         const int rows = rowCount(page);
         for (int r = 0; r < rows; ++r) {
             const Slot s = slotOf(image, pageNumber, r);
             if (s.flags & kRowOverflowTarget)
                 continue; // deleted, or the data of a slot elsewhere
-            QByteArray bytes(page + s.start, s.end - s.start);
+            QByteArray bytes = rowBytes(image, pageNumber, r);
             if (s.flags & kRowOverflowPointer) {
                 if (bytes.size() < 4)
                     image.damaged(QStringLiteral("an overflow pointer is cut off"));
