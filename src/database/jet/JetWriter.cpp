@@ -118,21 +118,31 @@ QByteArray Writer::longValueHeader(const TableDef &table, const Column &column, 
 
 RowPointer Writer::addOverflowRow(const TableDef &table, quint32 notOnPage, const QByteArray &bytes)
 {
-    for (quint32 page : mapPages(m_image, table.usedPagesMap)) {
-        if (page == notOnPage || page >= m_image.pageCount())
-            continue;
+    const auto takes = [&](quint32 page) {
+        if (page == 0 || page == notOnPage || page >= m_image.pageCount())
+            return false;
         const char *p = m_image.page(page);
-        if (quint8(p[0]) != PageData || le32(p + 4) != table.page || rowCount(p) >= kMaxRowsPerPage ||
-            computedFreeSpace(m_image, page) < bytes.size() + 2)
-            continue;
-        const int row = rowCount(p);
-        if (replaceRowOnPage(page, row, bytes, kRowOverflowTarget))
-            return {page, quint8(row)};
+        return quint8(p[0]) == PageData && le32(p + 4) == table.page && rowCount(p) < kMaxRowsPerPage &&
+               computedFreeSpace(m_image, page) >= bytes.size() + 2 &&
+               replaceRowOnPage(page, rowCount(p), bytes, kRowOverflowTarget);
+    };
+    // The page that took the last one first: many rows outgrowing theirs in one round stay cheap.
+    quint32 found = m_lastPage.value(table.usedPagesMap);
+    if (!takes(found)) {
+        found = 0;
+        for (quint32 page : mapPages(m_image, table.usedPagesMap))
+            if (takes(page)) {
+                found = page;
+                break;
+            }
     }
-    const quint32 page = newPage(table.usedPagesMap, table.freePagesMap, table.page, false);
-    if (!replaceRowOnPage(page, 0, bytes, kRowOverflowTarget))
-        refuse(QStringLiteral("a row of table %1 does not fit a page").arg(table.name));
-    return {page, 0};
+    if (found == 0) {
+        found = newPage(table.usedPagesMap, table.freePagesMap, table.page, false);
+        if (!replaceRowOnPage(found, 0, bytes, kRowOverflowTarget))
+            refuse(QStringLiteral("a row of table %1 does not fit a page").arg(table.name));
+    }
+    m_lastPage[table.usedPagesMap] = found;
+    return {found, quint8(rowCount(m_image.page(found)) - 1)};
 }
 
 // The row's slot never moves: the indexes point at it.
