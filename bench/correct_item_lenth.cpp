@@ -22,7 +22,7 @@ namespace
 {
 
 const std::filesystem::path kSchemaDir =
-    std::filesystem::path(__FILE__).parent_path().parent_path() / "src" / "database" / "schema";
+    std::filesystem::path(HELPTEXT_SOURCE_DIR) / "src" / "database" / "schema";
 
 QString script(const char *name)
 {

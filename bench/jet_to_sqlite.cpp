@@ -18,7 +18,7 @@ namespace
 QString largestJetTestFile()
 {
     // The Access files the tests read, in the repository that holds this source file.
-    const QDir dir(QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../tests/data/jet"));
+    const QDir dir(QStringLiteral(HELPTEXT_SOURCE_DIR) + QStringLiteral("/tests/data/jet"));
     QString best;
     qint64 bestSize = -1;
     for (const QFileInfo &info : dir.entryInfoList({QStringLiteral("*.mdb")}, QDir::Files))

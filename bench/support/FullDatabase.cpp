@@ -25,7 +25,7 @@ QString text(int id, int language, int length)
 
 QString sourceDir()
 {
-    return QFileInfo(QStringLiteral(__FILE__)).absolutePath() + QStringLiteral("/../..");
+    return QStringLiteral(HELPTEXT_SOURCE_DIR);
 }
 
 void makeLanguageDatabase(const QString &path)
