@@ -44,7 +44,7 @@ TEST(ImportWindow, ImportsWhatItsFieldsSayAndDeletesTheMachine)
     QTest::mouseClick(import, Qt::LeftButton);
     EXPECT_TRUE(w.t.ui.messageTexts().last().startsWith("Imported into machine Cartoner"))
         << qPrintable(w.t.ui.messageTexts().join('\n'));
-    EXPECT_EQ(w.value("SELECT Device FROM AlarmText WHERE Alarm_ID = 7 AND Language = 3"), "Συσκευή 7");
+    EXPECT_EQ(w.value("SELECT Device FROM AlarmText WHERE Alarm_ID = 7 AND Language = 1032"), "Συσκευή 7");
     EXPECT_TRUE(import->isEnabled());
 
     DelMachineForm dialog(w.t.ctx, &window);
