@@ -22,6 +22,15 @@ bool failed(Context &ctx, const QString &what, const std::exception &e)
                 Buttons::OK, Icon::Critical, kTitle);
     return false;
 }
+
+// A failure the database layer explains (a write-protected or busy file) is
+// logged as it is; only what nobody expected is logged as an unexpected error.
+void logFailure(Context &ctx, const QString &procedure, const std::exception &e)
+{
+    const QString why = QString::fromUtf8(e.what());
+    LogError(ctx, dynamic_cast<const DbError *>(&e) ? procedure + QStringLiteral(": ") + why
+                                                    : unexpectedErrorLogLine(0, procedure, why));
+}
 } // namespace
 
 bool deleteMachineNamed(Context &ctx, const QString &name)
@@ -40,7 +49,7 @@ bool deleteMachineNamed(Context &ctx, const QString &name)
         deleteMachine(*db, machine, ctx.state.materialChangePresent);
         transaction.commit();
     } catch (const std::exception &e) {
-        LogError(ctx, unexpectedErrorLogLine(0, QStringLiteral("CommandDelete_Click"), QString::fromUtf8(e.what())));
+        logFailure(ctx, QStringLiteral("CommandDelete_Click"), e);
         return failed(ctx, QStringLiteral("The machine ") + machine + QStringLiteral(" could not be deleted:"), e);
     }
     showMessage(ctx, machine + QStringLiteral(" deleted"), Buttons::OK, Icon::Information, kTitle);
@@ -101,7 +110,7 @@ bool renameMachineNamed(Context &ctx, const QString &machine, const QString &new
         }
         renameMachineWithHelpFolder(*db, stored, newName, ctx.state.materialChangePresent, folder, ctx.processEvents);
     } catch (const std::exception &e) {
-        LogError(ctx, unexpectedErrorLogLine(0, QStringLiteral("CommandRename_Click"), QString::fromUtf8(e.what())));
+        logFailure(ctx, QStringLiteral("CommandRename_Click"), e);
         return failed(ctx, QStringLiteral("The machine ") + stored + QStringLiteral(" could not be renamed:"), e);
     }
     const QString note = folder.note();

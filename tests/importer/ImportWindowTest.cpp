@@ -55,6 +55,20 @@ TEST(ImportWindow, ImportsWhatItsFieldsSayAndDeletesTheMachine)
     EXPECT_EQ(w.value("SELECT count(*) FROM AlarmDefinition WHERE MachineType = 'Cartoner'"), "0");
 }
 
+// The database the importer starts with is no help-text database.
+TEST(ImportWindow, SaysWrongDatabase)
+{
+    test::ImportWorkspace w;
+    test::writeFileBytes(w.t.path("notes.mdb"), "Alarm 1: the motor is hot");
+    w.t.ctx.state.helpTextDB.clear();
+    test::writeText(w.t.ctx.state.iniPath, "[Setup]\nStandardHelpTextDB=" + w.t.path("notes.mdb") + "\n");
+    StartupSession session{.compileOption = "IMPORT"};
+    ImportWindow window(w.t.ctx, session);
+    ASSERT_FALSE(w.t.ui.shown.empty());
+    EXPECT_EQ(w.t.ui.shown.back().text, "Wrong Database!");
+    EXPECT_EQ(w.t.ui.shown.back().title, "Fatal Error");
+}
+
 TEST(ImportWindow, ClosingTheOverwriteQuestionCancels)
 {
     QTimer::singleShot(0, [] {
