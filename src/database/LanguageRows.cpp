@@ -2,6 +2,8 @@
 
 #include "database/Database.h"
 
+#include <QStringList>
+
 namespace ht
 {
 
@@ -29,6 +31,36 @@ long addMissing(Database &db, const QString &definition, const QString &id, cons
 }
 
 } // namespace
+
+QString languageNumberConflict(Database &helpText, const QString &definitionsPath)
+{
+    if (definitionsPath.isEmpty())
+        return {};
+    auto definitions = Database::open(definitionsPath, Database::Mode::ReadOnly);
+    const std::vector<QVariantList> known =
+        definitions->query(QStringLiteral("SELECT LookupLanguages.Language, LookupLanguages.Name FROM LookupLanguages"))
+            .rows();
+    for (const QVariantList &own :
+         helpText
+             .query(QStringLiteral("SELECT Language.Language, Language.Name FROM Language ORDER BY Language.Language"))
+             .rows()) {
+        const QString name = own[1].toString().trimmed();
+        QStringList numbers;
+        bool agrees = false;
+        for (const QVariantList &row : known) {
+            if (row[1].toString().trimmed().compare(name, Qt::CaseInsensitive) != 0)
+                continue;
+            numbers << row[0].toString();
+            agrees = agrees || row[0].toLongLong() == own[0].toLongLong();
+        }
+        if (!numbers.isEmpty() && !agrees)
+            return QStringLiteral("The language \"%1\" has the number %2 in the help-text database but %3 in the "
+                                  "language-definition database: a language must have the same number in both, so "
+                                  "nothing has been changed.")
+                .arg(own[1].toString(), own[0].toString(), numbers.join(QStringLiteral(" or ")));
+    }
+    return {};
+}
 
 void writeLanguageRow(Database &db, qlonglong language, const QVariant &name, const QVariant &font,
                       const QVariant &layout)

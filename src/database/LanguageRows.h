@@ -26,6 +26,12 @@ LanguageRowsAdded addLanguageTextRows(Database &db, qlonglong language, bool mat
 void writeLanguageRow(Database &db, qlonglong language, const QVariant &name, const QVariant &font,
                       const QVariant &layout);
 
+// A language has one number in the help-text database and the language
+// definitions. The sentence naming the first language of `helpText` whose
+// number the definitions (`definitionsPath`) give otherwise; "" when all
+// agree or there are no definitions to ask. Throws DbError.
+QString languageNumberConflict(Database &helpText, const QString &definitionsPath);
+
 constexpr int kDescriptionRows = 8; // Discription IDs 1 to 8 per language
 
 } // namespace ht

@@ -7,22 +7,23 @@ target_link_libraries(helptext-mkjet PRIVATE helptext_database)
 set(HELPTEXT_SCHEMA_DIR ${CMAKE_CURRENT_LIST_DIR}/schema)
 set(_helptext_base ${HELPTEXT_SCHEMA_DIR}/helptext.sql)
 set(_helptext_mc ${HELPTEXT_SCHEMA_DIR}/helptext_materialchange.sql)
-set(_template_languages ${HELPTEXT_SCHEMA_DIR}/template_languages.sql)
 set(_out ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 
-# The importer's two templates: SQLite files despite the historic names.
+# The importer's two templates: SQLite files despite the historic names. They hold
+# no language: an import creates its language with the language-definition
+# database's number, so no template can disagree with the definitions in use.
 add_custom_command(
   OUTPUT ${_out}/HelpTextMitMaterialchange.mdb
   COMMAND ${CMAKE_COMMAND} -E rm -f ${_out}/HelpTextMitMaterialchange.mdb
-  COMMAND helptext-mkdb ${_out}/HelpTextMitMaterialchange.mdb ${_helptext_base} ${_helptext_mc} ${_template_languages}
-  DEPENDS helptext-mkdb ${_helptext_base} ${_helptext_mc} ${_template_languages}
+  COMMAND helptext-mkdb ${_out}/HelpTextMitMaterialchange.mdb ${_helptext_base} ${_helptext_mc}
+  DEPENDS helptext-mkdb ${_helptext_base} ${_helptext_mc}
   COMMENT "Making the template database with material change"
   VERBATIM)
 add_custom_command(
   OUTPUT ${_out}/HelpTextOhneMaterialchange.mdb
   COMMAND ${CMAKE_COMMAND} -E rm -f ${_out}/HelpTextOhneMaterialchange.mdb
-  COMMAND helptext-mkdb ${_out}/HelpTextOhneMaterialchange.mdb ${_helptext_base} ${_template_languages}
-  DEPENDS helptext-mkdb ${_helptext_base} ${_template_languages}
+  COMMAND helptext-mkdb ${_out}/HelpTextOhneMaterialchange.mdb ${_helptext_base}
+  DEPENDS helptext-mkdb ${_helptext_base}
   COMMENT "Making the template database without material change"
   VERBATIM)
 add_custom_target(helptext_templates ALL

@@ -103,12 +103,15 @@ void MachineSelectionDialog::CommandRename_Click()
         const QString newName = answer->trimmed();
         if (renameRefused(oldName, newName))
             return;
+        // The pages made by hand live in the machine's help folder: the question says where they go.
+        const HelpFolderRename folder = planHelpFolderRename(ctx.state.helpMainDir, oldName, newName);
+        const QString note = folder.note();
         if (showMessage(ctx,
                         QStringLiteral("OK to rename ") + Q + oldName + Q + QStringLiteral(" to ") + Q + newName + Q +
-                            QStringLiteral("?"),
+                            QStringLiteral("?") + (note.isEmpty() ? QString() : LFCR + note),
                         Buttons::YesNo, Icon::Question, QStringLiteral("Rename machine")) != Answer::Yes)
             return;
-        rename(oldName, newName);
+        rename(oldName, newName, folder);
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("CommandRename_Click"), e);
     }
@@ -119,6 +122,13 @@ bool MachineSelectionDialog::renameRefused(const QString &oldName, const QString
     QStringList machines;
     GetMachineList(ctx, machines);
     QString refusal;
+    if (newName == oldName) {
+        showMessage(ctx,
+                    QStringLiteral("The machine is named ") + Q + oldName + Q +
+                        QStringLiteral(" already: there is nothing to do."),
+                    Buttons::OK, Icon::Information, QStringLiteral("Rename machine"));
+        return true;
+    }
     switch (machineNameProblem(newName, machines, oldName)) {
     case MachineNameProblem::None:
         return false;
@@ -130,7 +140,9 @@ bool MachineSelectionDialog::renameRefused(const QString &oldName, const QString
         break;
     case MachineNameProblem::NotAFolderName:
         refusal = QStringLiteral("The name ") + Q + newName + Q +
-                  QStringLiteral(" cannot name a machine: its help pages are kept in a folder of that name.");
+                  QStringLiteral(" cannot name a machine: its help pages are kept in a folder of that name, which "
+                                 "Windows must accept too (no \" * ? < > |, no dot or blank at the end, no device "
+                                 "name such as CON or COM1).");
         break;
     case MachineNameProblem::Exists:
         refusal = QStringLiteral("A machine named ") + Q + newName + Q + QStringLiteral(" already exists.");
@@ -142,7 +154,7 @@ bool MachineSelectionDialog::renameRefused(const QString &oldName, const QString
 
 // All definition tables in one transaction: the machine is renamed
 // everywhere or nowhere.
-void MachineSelectionDialog::rename(const QString &oldName, const QString &newName)
+void MachineSelectionDialog::rename(const QString &oldName, const QString &newName, const HelpFolderRename &folder)
 {
     const bool materialChange = ctx.state.materialChangePresent;
     try {
@@ -150,14 +162,13 @@ void MachineSelectionDialog::rename(const QString &oldName, const QString &newNa
         bool isNumber = false;
         newName.toLongLong(&isNumber);
         if (!isNumber && machineTypesAreNumbers(*db, materialChange)) {
-            showMessage(ctx, QStringLiteral("Due to your version of Helptext-database, only numbers are allowed in "
-                                            "Machinenames!"),
+            showMessage(ctx,
+                        QStringLiteral("Due to your version of Helptext-database, only numbers are allowed in "
+                                       "Machinenames!"),
                         Buttons::OK, Icon::Exclamation, QStringLiteral("Rename machine"));
             return;
         }
-        Database::Transaction transaction(*db);
-        renameMachine(*db, oldName, newName, materialChange, ctx.processEvents);
-        transaction.commit();
+        renameMachineWithHelpFolder(*db, oldName, newName, materialChange, folder, ctx.processEvents);
     } catch (const std::exception &e) {
         showMessage(ctx,
                     QStringLiteral("The machine ") + Q + oldName + Q + QStringLiteral(" could not be renamed:") + LFCR +

@@ -10,6 +10,7 @@ namespace ht
 
 struct Context;
 struct EditorSelection;
+struct HelpFolderRename;
 
 // What the dialog's window offers to its logic; tests use a headless one.
 class MachineSelectionView
@@ -36,7 +37,7 @@ class MachineSelectionDialog
 
   private:
     bool renameRefused(const QString &oldName, const QString &newName);
-    void rename(const QString &oldName, const QString &newName);
+    void rename(const QString &oldName, const QString &newName, const HelpFolderRename &folder);
 
     Context &ctx;
     MachineSelectionView &view;

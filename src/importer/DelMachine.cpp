@@ -2,6 +2,7 @@
 
 #include "common/Context.h"
 #include "common/ErrorLog.h"
+#include "common/IniFile.h"
 #include "common/Messages.h"
 #include "common/UserInterface.h"
 #include "database/Database.h"
@@ -21,50 +22,81 @@ bool failed(Context &ctx, const QString &what, const std::exception &e)
                 Buttons::OK, Icon::Critical, kTitle);
     return false;
 }
+
+// A failure the database layer explains (a write-protected or busy file) is
+// logged as it is; only what nobody expected is logged as an unexpected error.
+void logFailure(Context &ctx, const QString &procedure, const std::exception &e)
+{
+    const QString why = QString::fromUtf8(e.what());
+    LogError(ctx, dynamic_cast<const DbError *>(&e) ? procedure + QStringLiteral(": ") + why
+                                                    : unexpectedErrorLogLine(0, procedure, why));
+}
 } // namespace
 
-bool deleteMachineNamed(Context &ctx, const QString &machine)
+bool deleteMachineNamed(Context &ctx, const QString &name)
 {
+    QStringList machines;
+    GetMachineList(ctx, machines);
+    const QString machine = storedMachineName(machines, name);
+    if (machine.isEmpty()) {
+        showMessage(ctx, QStringLiteral("There is no machine ") + name + QLatin1Char('.'), Buttons::OK,
+                    Icon::Exclamation, kTitle);
+        return false;
+    }
     try {
         auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadWrite);
         Database::Transaction transaction(*db);
         deleteMachine(*db, machine, ctx.state.materialChangePresent);
         transaction.commit();
     } catch (const std::exception &e) {
-        LogError(ctx, unexpectedErrorLogLine(0, QStringLiteral("CommandDelete_Click"), QString::fromUtf8(e.what())));
+        logFailure(ctx, QStringLiteral("CommandDelete_Click"), e);
         return failed(ctx, QStringLiteral("The machine ") + machine + QStringLiteral(" could not be deleted:"), e);
     }
     showMessage(ctx, machine + QStringLiteral(" deleted"), Buttons::OK, Icon::Information, kTitle);
     return true;
 }
 
-bool renameMachineNamed(Context &ctx, const QString &machine, const QString &newName)
+QString helpDirForRename(Context &ctx)
+{
+    if (!ctx.state.helpMainDir.isEmpty())
+        return ctx.state.helpMainDir;
+    return LoadIniString(ctx, QStringLiteral("Setup"), QStringLiteral("HelpMainDir"), ctx.state.iniPath, false, false);
+}
+
+QString renameRefusal(Context &ctx, const QString &machine, const QString &newName, QString &stored)
 {
     QStringList machines;
     GetMachineList(ctx, machines);
-    QString refusal;
-    switch (machineNameProblem(newName, machines, machine)) {
+    stored = storedMachineName(machines, machine);
+    if (stored.isEmpty())
+        return QStringLiteral("There is no machine ") + machine + QLatin1Char('.');
+    if (newName == stored)
+        return QStringLiteral("The machine is named ") + stored + QStringLiteral(" already: there is nothing to do.");
+    switch (machineNameProblem(newName, machines, stored)) {
     case MachineNameProblem::None:
-        break;
+        return {};
     case MachineNameProblem::Empty:
-        refusal = QStringLiteral("No new name entered, action cancelled!");
-        break;
+        return QStringLiteral("No new name entered, action cancelled!");
     case MachineNameProblem::Exists:
-        refusal = QStringLiteral("A machine named ") + newName + QStringLiteral(" already exists.");
-        break;
+        return QStringLiteral("A machine named ") + newName + QStringLiteral(" already exists.");
     case MachineNameProblem::FreeRowsMark:
     case MachineNameProblem::NotAFolderName:
-        refusal = QStringLiteral("The name ") + newName +
-                  QStringLiteral(" cannot name a machine: \"0\" marks free rows, and the machine's help pages are "
-                                 "kept in a folder of its name.");
         break;
     }
-    if (!machines.contains(machine))
-        refusal = QStringLiteral("There is no machine ") + machine + QLatin1Char('.');
-    if (!refusal.isEmpty()) {
+    return QStringLiteral("The name ") + newName +
+           QStringLiteral(" cannot name a machine: \"0\" marks free rows, and the machine's help pages are kept in a "
+                          "folder of its name, which Windows must accept too (no \" * ? < > |, no dot or blank at "
+                          "the end, no device name such as CON or COM1).");
+}
+
+bool renameMachineNamed(Context &ctx, const QString &machine, const QString &newName)
+{
+    QString stored;
+    if (const QString refusal = renameRefusal(ctx, machine, newName, stored); !refusal.isEmpty()) {
         showMessage(ctx, refusal, Buttons::OK, Icon::Exclamation, kTitle);
         return false;
     }
+    const HelpFolderRename folder = planHelpFolderRename(helpDirForRename(ctx), stored, newName);
     try {
         auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadWrite);
         bool isNumber = false;
@@ -76,14 +108,17 @@ bool renameMachineNamed(Context &ctx, const QString &machine, const QString &new
                         Buttons::OK, Icon::Exclamation, kTitle);
             return false;
         }
-        Database::Transaction transaction(*db);
-        renameMachine(*db, machine, newName, ctx.state.materialChangePresent, ctx.processEvents);
-        transaction.commit();
-        return true;
+        renameMachineWithHelpFolder(*db, stored, newName, ctx.state.materialChangePresent, folder, ctx.processEvents);
     } catch (const std::exception &e) {
-        LogError(ctx, unexpectedErrorLogLine(0, QStringLiteral("CommandRename_Click"), QString::fromUtf8(e.what())));
-        return failed(ctx, QStringLiteral("The machine ") + machine + QStringLiteral(" could not be renamed:"), e);
+        logFailure(ctx, QStringLiteral("CommandRename_Click"), e);
+        return failed(ctx, QStringLiteral("The machine ") + stored + QStringLiteral(" could not be renamed:"), e);
     }
+    const QString note = folder.note();
+    showMessage(ctx,
+                stored + QStringLiteral(" renamed to ") + newName + QLatin1Char('.') +
+                    (note.isEmpty() ? QString() : QLatin1Char(' ') + note),
+                Buttons::OK, Icon::Information, kTitle);
+    return true;
 }
 
 void DelMachineDialog::ComboExistingMachines_Act()
@@ -131,13 +166,15 @@ void DelMachineDialog::CommandRename_Click()
         if (!answer)
             return;
         const QString newName = answer->trimmed();
-        QStringList machines;
-        GetMachineList(ctx, machines);
-        if (machineNameProblem(newName, machines, machine) == MachineNameProblem::None &&
-            showMessage(
-                ctx, QStringLiteral("OK to rename ") + machine + QStringLiteral(" to ") + newName + QStringLiteral("?"),
-                Buttons::YesNo, Icon::Question, QStringLiteral("Rename machine")) != Answer::Yes)
-            return;
+        QString stored;
+        if (renameRefusal(ctx, machine, newName, stored).isEmpty()) {
+            const QString note = planHelpFolderRename(helpDirForRename(ctx), stored, newName).note();
+            if (showMessage(ctx,
+                            QStringLiteral("OK to rename ") + machine + QStringLiteral(" to ") + newName +
+                                QStringLiteral("?") + (note.isEmpty() ? QString() : LFCR + note),
+                            Buttons::YesNo, Icon::Question, QStringLiteral("Rename machine")) != Answer::Yes)
+                return;
+        }
         if (renameMachineNamed(ctx, machine, newName))
             ComboExistingMachines_Act();
     } catch (const std::exception &e) {

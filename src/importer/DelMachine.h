@@ -37,7 +37,14 @@ class DelMachineDialog
 
 // The jobs behind the buttons, for the dialog and the command line: false,
 // after telling the user why, when nothing was changed.
+// Machine names compare without case, as the database does.
 bool deleteMachineNamed(Context &ctx, const QString &machine);
 bool renameMachineNamed(Context &ctx, const QString &machine, const QString &newName);
+// Why the machine cannot be renamed to `newName` ("" when it can), with the
+// machine as the database spells it.
+QString renameRefusal(Context &ctx, const QString &machine, const QString &newName, QString &stored);
+// The help main directory a rename moves the machine's folder in: the one in
+// use, else the settings file's; "" when there is none.
+QString helpDirForRename(Context &ctx);
 
 } // namespace ht

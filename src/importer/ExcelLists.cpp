@@ -123,6 +123,28 @@ std::vector<WarningEntry> GetListXLWarnings(Context &ctx, StatusTarget *status, 
     return table;
 }
 
+AddedCounts addedRowsInWorkbook(const Workbook &book)
+{
+    // Rows numbered in place from `first` on: 257, 258, ...
+    const auto inPlace = [&](qint64 first) {
+        int n = 0;
+        while (n < 1000) {
+            const QString number = book.cell(kSheet, first + n, 1).trimmed();
+            bool ok = false;
+            if (number.toDouble(&ok) != double(kStandardItems + n + 1) || !ok)
+                break;
+            ++n;
+        }
+        return n;
+    };
+    AddedCounts found;
+    if (book.cell(kSheet, kAlarmMarkerRow, 0).toUpper() == QLatin1String("ALARMSADDED"))
+        found.alarms = inPlace(kAddedFirstRow);
+    if (book.cell(kSheet, kWarningMarkerRow, 0).toUpper() == QLatin1String("WARNINGSADDED"))
+        found.warnings = inPlace(kAddedFirstRow + found.alarms.value_or(0));
+    return found;
+}
+
 std::vector<QString> GetListXLMaterialChange(Context &ctx, StatusTarget *status, const Workbook &book,
                                              const ListSource &source)
 {

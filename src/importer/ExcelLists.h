@@ -42,6 +42,11 @@ std::vector<AlarmEntry> GetListXLAlarms(Context &ctx, StatusTarget *status, cons
                                         const ListSource &source, AddedCounts &added);
 std::vector<WarningEntry> GetListXLWarnings(Context &ctx, StatusTarget *status, const Workbook &book,
                                             const ListSource &source, AddedCounts &added);
+// The added rows the workbook really has, told by their numbers as the standard
+// rows are: the added alarms numbered 257, 258, ... from row 517, then the added
+// warnings numbered the same way. Unset where the block's marker is missing.
+AddedCounts addedRowsInWorkbook(const Workbook &book);
+
 std::vector<QString> GetListXLMaterialChange(Context &ctx, StatusTarget *status, const Workbook &book,
                                              const ListSource &source);
 std::vector<QString> GetListDescription(const Workbook &book, const ListSource &source);

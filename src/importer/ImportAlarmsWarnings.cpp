@@ -117,9 +117,10 @@ void Importer::bind(const QString &word, const QString &machine, qlonglong first
 
 bool Importer::replaceDefinition(const QString &oldValue, const QString &newValue, bool storedFree)
 {
-    // Free rows hold no machine's configuration, and a row with nothing but its
-    // number has none to lose: such rows are simply written.
-    if (oldValue == newValue || storedFree || !oldValue.contains(u','))
+    // Free rows, bound by this import, hold no machine's configuration: they are
+    // simply written. A machine's own row is asked for whenever it differs, even
+    // when it holds nothing but its number.
+    if (oldValue == newValue || storedFree)
         return true;
     if (m_lastingAnswer == AnswerReplaceAll)
         return true;

@@ -49,36 +49,57 @@ bool connectDatabase(Context &ctx, const CommandArgs &args)
 
 int runImport(Context &ctx, const CommandArgs &args)
 {
-    for (const char *required : {"database", "workbook", "machine", "language", "column"})
+    // The material-change list alone is the window's second mode.
+    const bool alarms = args.has(QStringLiteral("workbook"));
+    const bool changes = args.has(QStringLiteral("material-change"));
+    for (const char *required : {"database", "machine", "language"})
         if (!args.has(QLatin1String(required)))
             return usage(ctx, QStringLiteral("import: --%1 is missing").arg(QLatin1String(required)));
-    bool ok = false;
-    const double column = args.value(QStringLiteral("column")).toDouble(&ok);
+    if (!alarms && !changes)
+        return usage(ctx, QStringLiteral("import: --workbook or --material-change is missing"));
+    if (alarms && !args.has(QStringLiteral("column")))
+        return usage(ctx, QStringLiteral("import: --column is missing"));
+    bool ok = true;
+    const double column = alarms ? args.value(QStringLiteral("column")).toDouble(&ok) : 1;
     if (!ok || column < 1)
         return usage(ctx, QStringLiteral("import: --column takes the language's number in the workbook, from 1"));
-    const QString added = args.value(QStringLiteral("added"), QStringLiteral("0"));
-    if (added.isEmpty() || added.size() > 3 ||
-        !std::all_of(added.begin(), added.end(), [](QChar c) { return c.isDigit(); }))
+    const QString added = args.value(QStringLiteral("added"));
+    if (args.has(QStringLiteral("added")) &&
+        (added.isEmpty() || added.size() > 3 ||
+         !std::all_of(added.begin(), added.end(), [](QChar c) { return c.isDigit(); })))
         return usage(ctx, QStringLiteral("import: --added takes a number of at most three digits"));
     const QString replace = args.value(QStringLiteral("replace"), QStringLiteral("never"));
     if (replace != QLatin1String("all") && replace != QLatin1String("never"))
         return usage(ctx, QStringLiteral("import: --replace is all or never"));
-    if (args.has(QStringLiteral("material-change")) != args.has(QStringLiteral("position")))
+    if (changes != args.has(QStringLiteral("position")))
         return usage(ctx, QStringLiteral("import: --material-change and --position go together"));
+    const int position = changes ? args.value(QStringLiteral("position")).toInt(&ok) : 1;
+    if (!ok || position < 1)
+        return usage(ctx, QStringLiteral("import: --position takes the texts' column in the workbook, from 1"));
 
-    ctx.state.anzFehler = added.toInt();
+    // Connected with the counts the database has: nothing is rebuilt before
+    // the workbook has been read and the import is sure to be made.
+    ctx.state.anzFehler = -1;
     if (!connectLanguages(ctx, args))
         return failedWith(ctx, QStringLiteral("import: the language definitions cannot be used"));
     if (!connectDatabase(ctx, args))
         return kCommandFailed;
+    const QString addedRows = args.has(QStringLiteral("added"))
+                                  ? added
+                                  : QString::number(std::max<long>(0, ctx.state.maxItems[KindAlarms] - kStandardItems));
 
     ImportRequest request;
     request.machine = args.value(QStringLiteral("machine"));
     request.language = args.value(QStringLiteral("language"));
-    request.source = {args.value(QStringLiteral("workbook")), column, 1, added};
-    if (args.has(QStringLiteral("material-change")))
-        request.materialChangeSource = ListSource{args.value(QStringLiteral("material-change")), column,
-                                                  args.value(QStringLiteral("position")).toInt(), added};
+    const ListSource materialChange{args.value(QStringLiteral("material-change")), column, position, addedRows};
+    if (alarms) {
+        request.source = {args.value(QStringLiteral("workbook")), column, 1, addedRows};
+        if (changes)
+            request.materialChangeSource = materialChange;
+    } else {
+        request.mode = ImportRequest::MaterialChange;
+        request.source = materialChange;
+    }
     auto *console = dynamic_cast<ConsoleUserInterface *>(ctx.ui);
     HeadlessStatus quiet;
     std::unique_ptr<ConsoleStatus> progress = console ? std::make_unique<ConsoleStatus>(*console) : nullptr;
@@ -101,12 +122,7 @@ int runDeleteMachine(Context &ctx, const CommandArgs &args)
         return usage(ctx, QStringLiteral("delete-machine: --database and --machine are needed"));
     if (!connectDatabase(ctx, args))
         return kCommandFailed;
-    const QString machine = args.value(QStringLiteral("machine"));
-    QStringList machines;
-    GetMachineList(ctx, machines);
-    if (!machines.contains(machine))
-        return failedWith(ctx, QStringLiteral("There is no machine ") + machine + QLatin1Char('.'));
-    return deleteMachineNamed(ctx, machine) ? kCommandDone : kCommandFailed;
+    return deleteMachineNamed(ctx, args.value(QStringLiteral("machine"))) ? kCommandDone : kCommandFailed;
 }
 
 int runRenameMachine(Context &ctx, const CommandArgs &args)
@@ -116,6 +132,8 @@ int runRenameMachine(Context &ctx, const CommandArgs &args)
         return usage(ctx, QStringLiteral("rename-machine: --database, --machine and --to are needed"));
     if (!connectDatabase(ctx, args))
         return kCommandFailed;
+    if (args.has(QStringLiteral("help-dir")))
+        ctx.state.helpMainDir = args.value(QStringLiteral("help-dir"));
     return renameMachineNamed(ctx, args.value(QStringLiteral("machine")), args.value(QStringLiteral("to")).trimmed())
                ? kCommandDone
                : kCommandFailed;
@@ -155,19 +173,22 @@ std::vector<ConsoleCommand> importerCommands()
 {
     return {
         {QStringLiteral("import"),
-         QStringLiteral("--database DB --workbook FILE --machine NAME --language NAME --column N [--added N] "
-                        "[--material-change FILE --position N] [--replace all|never] [--languages FILE]"),
+         QStringLiteral("--database DB (--workbook FILE --column N | --material-change FILE --position N) --machine "
+                        "NAME --language NAME [--added N] [--replace all|never] [--languages FILE]"),
          QStringLiteral(
              "Imports a machine's alarms and warnings, and its material changes when --material-change is given, "
-             "into the help-text database DB, as the importer's window does, in one transaction.\n"
+             "into the help-text database DB, as the importer's window does, in one transaction. With "
+             "--material-change and no --workbook, only the material-change list is imported.\n"
              "  --workbook FILE          the workbook with the alarm and warning lists (.xls or .xlsx)\n"
              "  --machine NAME           the machine to import into (a new one takes the next free block)\n"
              "  --language NAME          the language the texts are in, as the databases name it\n"
              "  --column N               the language's number in the workbook (its text columns)\n"
-             "  --added N                the added alarms and warnings after the 256 standard ones (default 0)\n"
+             "  --added N                the added alarms and warnings after the 256 standard ones; it must be the\n"
+             "                           number the workbook has (default: the database's, MaxLenAlarm - 256)\n"
              "  --material-change FILE   the workbook with the material-change texts\n"
              "  --position N             their column in that workbook, from 1\n"
-             "  --replace all|never      whether stored alarm definitions that differ are replaced (default never)\n"
+             "  --replace all|never      whether a machine's stored alarm definitions that differ are replaced\n"
+             "                           (default never); rows this import binds from free ones are always written\n"
              "  --languages FILE         the language-definition database (default: the settings file's)\n"
              "Progress goes to stderr. Exit code 0 when imported; 1 when refused or failed (the database is then "
              "unchanged); 2 for a command line that cannot be run."),
@@ -184,10 +205,12 @@ std::vector<ConsoleCommand> importerCommands()
          {},
          runDeleteMachine},
         {QStringLiteral("rename-machine"),
-         QStringLiteral("--database DB --machine NAME --to NEW"),
-         QStringLiteral("Renames a machine in every definition table, in one transaction. Exit code 0 when renamed, "
-                        "1 when refused (a name that exists, or that cannot be a folder name) or failed."),
-         {QStringLiteral("database"), QStringLiteral("machine"), QStringLiteral("to")},
+         QStringLiteral("--database DB --machine NAME --to NEW [--help-dir DIR]"),
+         QStringLiteral("Renames a machine in every definition table, in one transaction, and moves its help folder "
+                        "DIR/NAME to DIR/NEW unless that exists (DIR: the settings file's HelpMainDir). Names compare "
+                        "without case. Exit code 0 when renamed, 1 when refused (a name that exists, or that cannot "
+                        "be a folder name on Windows) or failed."),
+         {QStringLiteral("database"), QStringLiteral("machine"), QStringLiteral("to"), QStringLiteral("help-dir")},
          {},
          runRenameMachine},
         {QStringLiteral("convert-to-sqlite"),

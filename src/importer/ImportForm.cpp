@@ -71,9 +71,11 @@ void ImportForm::Form_Load()
         QString database = s.helpTextDB;
         if (database.isEmpty())
             database = LoadIniString(ctx, kSetup, QStringLiteral("StandardHelpTextDB"), s.iniPath);
-        if (!database.isEmpty() && fileExists(database))
-            connect(database);
-        else
+        if (!database.isEmpty() && fileExists(database)) {
+            if (!connect(database))
+                showMessage(ctx, QStringLiteral("Wrong Database!"), Buttons::OK, Icon::Critical,
+                            QStringLiteral("Fatal Error"));
+        } else
             connect(QString());
         m_mode = 1;
         showMode();
@@ -82,15 +84,16 @@ void ImportForm::Form_Load()
     }
 }
 
-void ImportForm::connect(const QString &path)
+bool ImportForm::connect(const QString &path)
 {
     AppState &s = ctx.state;
-    if (!path.isEmpty())
-        CheckConnection(ctx, path); // keeps the database in use when it fails
+    // keeps the database in use when it fails
+    const bool connected = path.isEmpty() || !CheckConnection(ctx, path).isEmpty();
     view.setText(ImportCtl::TextConnectedDatabase, s.helpTextDB);
     view.setCaption(s.helpTextDB.isEmpty() ? QStringLiteral("Helptext Importer - not connected")
                                            : QStringLiteral("Helptext Importer - connected to ") + s.helpTextDB);
     fillLanguages();
+    return connected;
 }
 
 void ImportForm::fillLanguages()
@@ -103,6 +106,20 @@ void ImportForm::fillLanguages()
                                       "Language Order by Language.Name ;"))
                  .rows())
             names << row[1].toString();
+    }
+    // A database made from a template holds no language yet: the import
+    // creates the one chosen, with the language definitions' number.
+    if (!ctx.state.helpTextDB.isEmpty() && !ctx.state.langLookupDB.isEmpty()) {
+        auto lookup = Database::open(ctx.state.langLookupDB, Database::Mode::ReadOnly);
+        const Recordset rs =
+            lookup->query(QStringLiteral("SELECT * FROM LookupLanguages Order by LookupLanguages.Name ;"));
+        const int name = rs.fieldIndex(QStringLiteral("Name")), font = rs.fieldIndex(QStringLiteral("Font"));
+        const int substBy = ctx.state.langLookupHasSubstBy ? rs.fieldIndex(QStringLiteral("SubstBy")) : -1;
+        for (const QVariantList &row : rs.rows())
+            if (row[font].toString().trimmed() != QLatin1String("0") && (substBy < 0 || row[substBy].isNull()) &&
+                !names.contains(row[name].toString(), Qt::CaseInsensitive))
+                names << row[name].toString();
+        names.sort(Qt::CaseInsensitive);
     }
     QString chosen = view.text(ImportCtl::ComboLanguage);
     if (!names.contains(chosen)) {

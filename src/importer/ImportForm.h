@@ -41,7 +41,7 @@ class ImportForm
     ImportRequest request() const;
 
   private:
-    void connect(const QString &path);
+    bool connect(const QString &path); // false when `path` could not be connected
     void fillLanguages();
     void rememberWorkbook();
     void showMode();

@@ -11,38 +11,44 @@
 namespace ht
 {
 
-qlonglong Importer::GetActLanguage(const QString &name)
+// The help-text database's number of the language, else the language
+// definitions'; -1 when neither knows the name. Names compare without case, and
+// the numbers agree (checked before): either gives the same number.
+qlonglong Importer::findLanguage(const QString &name)
 {
-    const Recordset own =
-        m_db->query(QStringLiteral("SELECT Language.Language FROM Language WHERE Language.Name = ?"), {name});
-    if (own.recordCount() > 0) {
-        const qlonglong language = own.value(0).toLongLong();
-        const Recordset texts = m_db->query(
-            QStringLiteral("SELECT Language.Language, Language.Name, Language.Font, Language.KBLayout FROM "
-                           "(AlarmDefinition INNER JOIN AlarmText ON AlarmDefinition.AlarmID = AlarmText.Alarm_ID) "
-                           "INNER JOIN Language ON AlarmText.Language = Language.Language WHERE "
-                           "(((Language.Language)=?)) LIMIT 1;"),
-            {language});
-        if (texts.recordCount() == 0)
-            CreateLanguage(language);
-        else // rows a language lacks would silently take no text: they are made first
-            addLanguageTextRows(*m_db, language, ctx.state.materialChangePresent);
-        return language;
-    }
-    // A language the help-text database does not have yet, known to the language definitions.
+    const Recordset own = m_db->query(
+        QStringLiteral("SELECT Language.Language FROM Language WHERE Language.Name = ? ORDER BY Language.Language"),
+        {name});
+    if (own.recordCount() > 0)
+        return own.value(0).toLongLong();
     if (ctx.state.langLookupDB.isEmpty())
         return -1;
     auto lookup = Database::open(ctx.state.langLookupDB, Database::Mode::ReadOnly);
-    const QString sql = ctx.state.langLookupHasSubstBy
-                            ? QStringLiteral("SELECT LookupLanguages.Language FROM LookupLanguages WHERE "
-                                             "LookupLanguages.Name = ? AND LookupLanguages.SubstBy IS NULL")
-                            : QStringLiteral("SELECT LookupLanguages.Language FROM LookupLanguages WHERE "
-                                             "LookupLanguages.Name = ?");
+    const QString sql =
+        ctx.state.langLookupHasSubstBy
+            ? QStringLiteral("SELECT LookupLanguages.Language FROM LookupLanguages WHERE "
+                             "LookupLanguages.Name = ? COLLATE NOCASE AND LookupLanguages.SubstBy IS NULL")
+            : QStringLiteral("SELECT LookupLanguages.Language FROM LookupLanguages WHERE "
+                             "LookupLanguages.Name = ? COLLATE NOCASE");
     const Recordset known = lookup->query(sql, {name});
-    if (known.recordCount() == 0)
+    return known.recordCount() == 0 ? -1 : known.value(0).toLongLong();
+}
+
+qlonglong Importer::GetActLanguage(const QString &name)
+{
+    const qlonglong language = findLanguage(name);
+    if (language < 0)
         return -1;
-    const qlonglong language = known.value(0).toLongLong();
-    CreateLanguage(language);
+    const Recordset texts = m_db->query(
+        QStringLiteral("SELECT Language.Language, Language.Name, Language.Font, Language.KBLayout FROM "
+                       "(AlarmDefinition INNER JOIN AlarmText ON AlarmDefinition.AlarmID = AlarmText.Alarm_ID) "
+                       "INNER JOIN Language ON AlarmText.Language = Language.Language WHERE "
+                       "(((Language.Language)=?)) LIMIT 1;"),
+        {language});
+    if (texts.recordCount() == 0)
+        CreateLanguage(language);
+    else // rows a language lacks would silently take no text: they are made first
+        addLanguageTextRows(*m_db, language, ctx.state.materialChangePresent);
     return language;
 }
 

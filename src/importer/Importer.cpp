@@ -9,6 +9,7 @@
 #include "database/Database.h"
 #include "database/HelpTextDatabase.h"
 #include "database/ItemCounts.h"
+#include "database/LanguageRows.h"
 #include "database/Machines.h"
 #include "importer/Workbook.h"
 
@@ -67,6 +68,7 @@ bool Importer::readLists(const ImportRequest &request)
 {
     try {
         m_added = {};
+        m_inWorkbook = {};
         m_alarms.clear();
         m_warnings.clear();
         m_materialChanges.clear();
@@ -74,11 +76,13 @@ bool Importer::readLists(const ImportRequest &request)
             const Workbook book = Workbook::open(request.source.path);
             m_alarms = GetListXLAlarms(ctx, m_status, book, request.source, m_added);
             m_warnings = GetListXLWarnings(ctx, m_status, book, request.source, m_added);
+            m_inWorkbook = addedRowsInWorkbook(book);
             if (!looksLikeLists())
-                return refuse(QStringLiteral("The workbook \"") + request.source.path +
-                              QStringLiteral("\" does not hold a machine's alarm and warning lists: most rows of column "
-                                             "B should have the number of the alarm or warning that belongs there "
-                                             "(alarm 1 in row 3, warning 1 in row 260). Nothing has been imported."));
+                return refuse(
+                    QStringLiteral("The workbook \"") + request.source.path +
+                    QStringLiteral("\" does not hold a machine's alarm and warning lists: most rows of column "
+                                   "B should have the number of the alarm or warning that belongs there "
+                                   "(alarm 1 in row 3, warning 1 in row 260). Nothing has been imported."));
         }
         const std::optional<ListSource> changes = request.mode == ImportRequest::MaterialChange
                                                       ? std::optional(request.source)
@@ -101,12 +105,119 @@ bool Importer::readLists(const ImportRequest &request)
     }
 }
 
+// The added rows given must be those the workbook has: more would read its
+// added warnings as alarms, fewer would leave its last ones out.
+QString Importer::addedRefusal() const
+{
+    const int given = anzFehler();
+    const int alarms = m_inWorkbook.alarms.value_or(given), warnings = m_inWorkbook.warnings.value_or(given);
+    if (alarms == given && warnings == given)
+        return {};
+    return QStringLiteral("The workbook \"%1\" has %2 added alarms and %3 added warnings (numbered from 257 in "
+                          "column B), but %4 added rows were given: nothing has been imported.")
+        .arg(m_request.source.path)
+        .arg(alarms)
+        .arg(warnings)
+        .arg(given);
+}
+
+// Every table's five blocks are one machine each. A count that differs from
+// their length would leave a machine's rows across two blocks, or move the
+// machines there, which could then never be imported again.
+QString Importer::blockRefusal(const QString &machine)
+{
+    const long count = anzFehler() + kStandardItems;
+    QStringList others;
+    for (const QVariantList &row :
+         m_db->query(QStringLiteral("SELECT DISTINCT MachineType FROM AlarmDefinition")).rows())
+        if (const QString m = row[0].toString();
+            m != QLatin1String("0") && m.compare(machine, Qt::CaseInsensitive) != 0)
+            others << m;
+    for (const char *table : {"AlarmDefinition", "WarningDefinition"}) {
+        const long length = long(
+            m_db->query(QStringLiteral("SELECT COUNT(*) FROM %1").arg(QLatin1String(table))).value(0).toLongLong() / 5);
+        if (length == count || (length < count && others.isEmpty()))
+            continue;
+        return QStringLiteral("The database's blocks hold %1 alarms and warnings per machine (256 + %2 added rows); "
+                              "with %3 added rows %4. Import with %2 added rows; nothing has been imported.")
+            .arg(length)
+            .arg(length - kStandardItems)
+            .arg(count - kStandardItems)
+            .arg(others.isEmpty()
+                     ? QStringLiteral("the machines would no longer start where the blocks do")
+                     : QStringLiteral("the blocks of the machines there (") + others.join(QStringLiteral(", ")) +
+                           QStringLiteral(") would move, and they could not be imported again"));
+    }
+    return {};
+}
+
+// Everything that refuses an import, asked before anything is written. The
+// machine becomes the database's spelling of it.
+QString Importer::refusalBeforeWriting(QString &machine)
+{
+    QStringList machines;
+    for (const QVariantList &row :
+         m_db->query(QStringLiteral("SELECT DISTINCT MachineType FROM AlarmDefinition")).rows())
+        machines << row[0].toString();
+    if (const QString stored = storedMachineName(machines, machine); !stored.isEmpty())
+        machine = stored;
+    const int count = GetCountMachinesInDatabase(machine);
+    if (count != 0 && count >= kMaxMachines)
+        return QStringLiteral("There are already %1 machines defined!\r\nPlease delete a machine before creating a "
+                              "new one")
+            .arg(count);
+    if (const QString conflict = languageNumberConflict(*m_db, ctx.state.langLookupDB); !conflict.isEmpty())
+        return conflict;
+    if (findLanguage(m_request.language) < 0)
+        return QStringLiteral("The language \"") + m_request.language +
+               QStringLiteral("\" is known neither to the help-text database nor to the language-definition "
+                              "database.");
+    if (m_request.mode == ImportRequest::AlarmsAndWarnings)
+        if (const QString added = addedRefusal(); !added.isEmpty())
+            return added;
+    return blockRefusal(machine);
+}
+
+// The entry at each list's upper index is never imported; the summary names
+// it when it holds anything, so that nobody loses it without knowing.
+void Importer::noteLastEntries()
+{
+    const auto holds = [](const auto &entry) {
+        return std::any_of(entry.begin(), entry.end(), [](const QString &f) {
+            const QString t = f.trimmed();
+            return !t.isEmpty() && t != QLatin1String("0");
+        });
+    };
+    if (!m_alarms.empty() && holds(m_alarms.back()))
+        m_counts.lastEntries << QStringLiteral("alarm ") + m_alarms.back()[0].trimmed();
+    if (!m_warnings.empty() && holds(m_warnings.back()))
+        m_counts.lastEntries << QStringLiteral("warning ") + m_warnings.back()[0].trimmed();
+}
+
+QString Importer::summary(const QString &machine) const
+{
+    QString done = QStringLiteral("Imported into machine %1: %2 alarms, %3 warnings, %4 material changes.")
+                       .arg(machine)
+                       .arg(m_counts.alarms)
+                       .arg(m_counts.warnings)
+                       .arg(m_counts.materialChanges);
+    if (m_counts.outsideBlock == 1)
+        done += QStringLiteral(" 1 row was left out: its number lies outside the machine's block.");
+    else if (m_counts.outsideBlock > 1)
+        done += QStringLiteral(" %1 rows were left out: their numbers lie outside the machine's block.")
+                    .arg(m_counts.outsideBlock);
+    if (!m_counts.lastEntries.isEmpty())
+        done += QStringLiteral(" Not imported, as the last entry of its list: ") +
+                m_counts.lastEntries.join(QStringLiteral(", ")) + QLatin1Char('.');
+    return done;
+}
+
 bool Importer::MainProc(const ImportRequest &request)
 {
     m_request = request;
     m_counts = {};
     m_lastingAnswer = 0;
-    const QString machine = request.machine;
+    QString machine = request.machine;
     try {
         switch (machineNameProblem(machine, {})) {
         case MachineNameProblem::None:
@@ -117,17 +228,26 @@ bool Importer::MainProc(const ImportRequest &request)
         default:
             return refuse(QStringLiteral("The machine name \"") + machine +
                           QStringLiteral("\" cannot be used: \"0\" marks free rows, and the machine's help pages are "
-                                         "kept in a folder of its name."));
+                                         "kept in a folder of its name, which Windows must accept too (no \" * ? < > "
+                                         "|, no dot or blank at the end, no device name such as CON or COM1)."));
         }
-        if (ctx.state.helpTextDB.isEmpty())
+        AppState &s = ctx.state;
+        if (s.helpTextDB.isEmpty())
             return refuse(QStringLiteral("No help-text database is connected."));
+        if ((request.mode == ImportRequest::MaterialChange || request.materialChangeSource) && !s.materialChangePresent)
+            return refuse(QStringLiteral("The help-text database \"") + s.helpTextDB +
+                          QStringLiteral("\" has no material-change tables, so its material-change list cannot be "
+                                         "imported: nothing has been imported."));
         if (!readLists(request))
             return false;
 
-        AppState &s = ctx.state;
         s.anzFehler = anzFehler();
         s.maxItems[KindAlarms] = s.maxItems[KindWarnings] = s.anzFehler + kStandardItems;
         m_db = Database::open(s.helpTextDB, Database::Mode::ReadWrite);
+        if (const QString refusal = refusalBeforeWriting(machine); !refusal.isEmpty()) {
+            m_db.reset();
+            return refuse(refusal);
+        }
         // Longer blocks mean a rebuild: the copy is made before the transaction begins.
         if (dbLengthTooShort(ctx, *m_db)) {
             m_db.reset();
@@ -136,17 +256,9 @@ bool Importer::MainProc(const ImportRequest &request)
             m_db = Database::open(s.helpTextDB, Database::Mode::ReadWrite);
         }
         Database::Transaction transaction(*m_db);
-        const int machines = GetCountMachinesInDatabase(machine);
         SpeichereAnzFehler();
-        if (machines != 0 && machines >= kMaxMachines)
-            return refuse(QStringLiteral("There are already %1 machines defined!\r\nPlease delete a machine before "
-                                         "creating a new one")
-                              .arg(machines));
         m_language = GetActLanguage(request.language);
-        if (m_language < 0)
-            return refuse(QStringLiteral("The language \"") + request.language +
-                          QStringLiteral("\" is known neither to the help-text database nor to the "
-                                         "language-definition database."));
+        noteLastEntries();
         if (request.mode == ImportRequest::MaterialChange) {
             ImportMaterialChange(machine, false);
         } else {
@@ -157,20 +269,22 @@ bool Importer::MainProc(const ImportRequest &request)
         transaction.commit();
         m_db.reset();
         StatusEnd(ctx, m_status);
-        QString done = QStringLiteral("Imported into machine %1: %2 alarms, %3 warnings, %4 material changes.")
-                           .arg(machine)
-                           .arg(m_counts.alarms)
-                           .arg(m_counts.warnings)
-                           .arg(m_counts.materialChanges);
-        if (m_counts.outsideBlock > 0)
-            done += QStringLiteral(" %1 rows were left out: their numbers lie outside the machine's block.")
-                        .arg(m_counts.outsideBlock);
-        showMessage(ctx, done, Buttons::OK, Icon::Information, kTitle);
+        showMessage(ctx, summary(machine), Buttons::OK, Icon::Information, kTitle);
         return true;
     } catch (const Cancelled &) {
         m_db.reset();
         StatusEnd(ctx, m_status);
         return refuse(QStringLiteral("Import cancelled: nothing has been changed."));
+    } catch (const DbError &e) {
+        // A failure the database layer explains (a write-protected or busy
+        // file, a block taken by another machine) is no unexpected error.
+        m_db.reset();
+        StatusEnd(ctx, m_status);
+        const QString why = QString::fromUtf8(e.what());
+        LogError(ctx, QStringLiteral("MainProc: ") + why);
+        showMessage(ctx, QStringLiteral("The import failed; nothing has been changed. ") + why, Buttons::OK,
+                    Icon::Critical, kTitle);
+        return false;
     } catch (const std::exception &e) {
         m_db.reset();
         StatusEnd(ctx, m_status);

@@ -7,6 +7,7 @@
 #include "importer/ExcelLists.h"
 
 #include <QString>
+#include <QStringList>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -44,6 +45,7 @@ struct ImportCounts {
     int alarms = 0, warnings = 0, materialChanges = 0; // text rows written
     int definitionsKept = 0;                           // stored definitions the user kept
     int outsideBlock = 0;                              // entries whose number lies outside the machine's block
+    QStringList lastEntries; // the lists' last entries, never imported, when they hold anything ("alarm 259")
 };
 
 class Importer
@@ -61,6 +63,7 @@ class Importer
     int GetCountMachinesInDatabase(const QString &machine);
     void SpeichereAnzFehler();
     qlonglong GetActLanguage(const QString &name); // -1 when the language is known nowhere
+    qlonglong findLanguage(const QString &name);   // the same, without making it present
     void CreateLanguage(qlonglong language);
     void ImportAlarmsWarnings(const QString &machine, bool fromMaterialChange);
     void ImportMaterialChange(const QString &machine, bool fromAlarms);
@@ -70,6 +73,11 @@ class Importer
     };
     bool readLists(const ImportRequest &request);
     bool looksLikeLists() const;
+    QString addedRefusal() const;
+    QString blockRefusal(const QString &machine);
+    QString refusalBeforeWriting(QString &machine);
+    void noteLastEntries();
+    QString summary(const QString &machine) const;
     bool refuse(const QString &text);
     int anzFehler() const;
     qlonglong firstId(const QString &word, const QString &machine, long count);
@@ -87,6 +95,7 @@ class Importer
     ImportRequest m_request;
     qlonglong m_language = -1;
     AddedCounts m_added;
+    AddedCounts m_inWorkbook; // the added rows the workbook's numbers show
     std::vector<AlarmEntry> m_alarms;
     std::vector<WarningEntry> m_warnings;
     std::vector<QString> m_materialChanges;

@@ -55,6 +55,10 @@ std::optional<LanguageCreated> createLanguage(Context &ctx, StatusTarget *status
     }
     try {
         auto db = Database::open(ctx.state.helpTextDB);
+        if (const QString conflict = languageNumberConflict(*db, ctx.state.langLookupDB); !conflict.isEmpty()) {
+            showMessage(ctx, conflict, Buttons::OK, Icon::Exclamation);
+            return std::nullopt;
+        }
         if (hasAlarmTexts(*db, *number) &&
             showMessage(ctx, languageExistsQuestion(language.name), Buttons::YesNo, Icon::Question,
                         QStringLiteral("Language exists!")) != Answer::Yes)
@@ -89,6 +93,10 @@ bool updateLanguageSettings(Context &ctx, const LanguageDefinition &language)
         return false;
     try {
         auto db = Database::open(ctx.state.helpTextDB);
+        if (const QString conflict = languageNumberConflict(*db, ctx.state.langLookupDB); !conflict.isEmpty()) {
+            showMessage(ctx, conflict, Buttons::OK, Icon::Exclamation);
+            return false;
+        }
         Database::Transaction t(*db);
         writeLanguageRow(*db, *number, language.name, language.font, language.layout);
         t.commit();

@@ -4,6 +4,7 @@
 #include "common/Messages.h"
 #include "database/Database.h"
 #include "database/HelpTextDatabase.h"
+#include "database/LanguageRows.h"
 #include "languages/LanguageJobRun.h"
 #include "languages/LanguageJobs.h"
 
@@ -52,8 +53,8 @@ std::optional<LanguageDeleted> deleteLanguage(Context &ctx, StatusTarget *status
     try {
         const std::optional<LanguageDefinition> found =
             name.isEmpty() ? std::nullopt : lookupLanguage(ctx, name.trimmed());
-        const QString number = found ? found->number : QString();
-        if (number == QLatin1String("1031") || number == QLatin1String("1033"))
+        const QString numberText = found ? found->number : QString();
+        if (numberText == QLatin1String("1031") || numberText == QLatin1String("1033"))
             return refuse(ctx, QStringLiteral("English or German cannot be deleted!"));
         if (option != DeleteTextsOnly && option != DeleteWithConfiguration)
             return refuse(ctx, QStringLiteral("Select an option!"));
@@ -67,11 +68,10 @@ std::optional<LanguageDeleted> deleteLanguage(Context &ctx, StatusTarget *status
         if (const QString refusal = accessFileRefusal(ctx.state.helpTextDB, QStringLiteral("Deleting a language"));
             !refusal.isEmpty())
             return refuse(ctx, refusal);
-        if (showMessage(ctx, deleteLanguageQuestion(name, option), Buttons::OKCancel, Icon::Exclamation,
-                        QStringLiteral("Delete language?")) != Answer::OK)
-            return std::nullopt;
-
         auto db = Database::open(ctx.state.helpTextDB);
+        if (const QString conflict = languageNumberConflict(*db, ctx.state.langLookupDB); !conflict.isEmpty())
+            return refuse(ctx, conflict);
+        const qlonglong number = found->number.toLongLong();
         LanguageDeleted deleted;
         std::vector<std::pair<const char *, long *>> tables{{"WarningText", &deleted.warnings},
                                                             {"AlarmText", &deleted.alarms}};
@@ -81,11 +81,25 @@ std::optional<LanguageDeleted> deleteLanguage(Context &ctx, StatusTarget *status
             tables.push_back({"Language", &deleted.languageRows});
             tables.push_back({"Discription", &deleted.descriptions});
         }
+        qlonglong rows = 0;
+        for (const auto &table : tables)
+            rows +=
+                db->query(QStringLiteral("SELECT COUNT(*) FROM %1 WHERE Language = ?").arg(QLatin1String(table.first)),
+                          {number})
+                    .value(0)
+                    .toLongLong();
+        if (rows == 0)
+            return refuse(ctx, QStringLiteral("The help-text database holds nothing of the language ") + name +
+                                   QStringLiteral(" (number ") + found->number +
+                                   QStringLiteral(") to delete: nothing has been changed."));
+        if (showMessage(ctx, deleteLanguageQuestion(name, option), Buttons::OKCancel, Icon::Exclamation,
+                        QStringLiteral("Delete language?")) != Answer::OK)
+            return std::nullopt;
+
         StatusRun run(ctx, status, QStringLiteral("Deleting..."), long(tables.size()));
         Database::Transaction t(*db);
         for (const auto &[table, count] : tables) {
-            *count = db->exec(QStringLiteral("DELETE FROM %1 WHERE Language = ?").arg(QLatin1String(table)),
-                              {found->number.toLongLong()});
+            *count = db->exec(QStringLiteral("DELETE FROM %1 WHERE Language = ?").arg(QLatin1String(table)), {number});
             run.tick();
         }
         t.commit();

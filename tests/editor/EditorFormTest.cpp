@@ -45,7 +45,7 @@ template <bool OnAccessFile> class EditorOn : public ::testing::Test
     }
     QString greekFunction(int alarmId)
     {
-        return w.value("SELECT Function FROM AlarmText WHERE Alarm_ID = ? AND Language = 3", {alarmId});
+        return w.value("SELECT Function FROM AlarmText WHERE Alarm_ID = ? AND Language = 1032", {alarmId});
     }
 };
 using Editor = EditorOn<false>;
@@ -167,7 +167,7 @@ TEST_F(Editor, RememberedPositionOnlyForAMachineAndLanguageThatExist)
 
 TEST_F(Editor, TextsAreStoredExactlyAsTypedInAnyScript)
 {
-    w.exec("DELETE FROM AlarmText WHERE Alarm_ID = 2 AND Language = 3");
+    w.exec("DELETE FROM AlarmText WHERE Alarm_ID = 2 AND Language = 1032");
     open();
     go("2");
     const QString texts[] = {"Ο κινητήρας υπερθερμαίνεται",
@@ -182,13 +182,13 @@ TEST_F(Editor, TextsAreStoredExactlyAsTypedInAnyScript)
         leave();
         EXPECT_EQ(greekFunction(2), text); // the first save adds the row, later ones change it
     }
-    EXPECT_EQ(w.value("SELECT count(*) FROM AlarmText WHERE Alarm_ID = 2 AND Language = 3"), "1");
+    EXPECT_EQ(w.value("SELECT count(*) FROM AlarmText WHERE Alarm_ID = 2 AND Language = 1032"), "1");
 
     // A "/" typed into Device is a line break at once, and stored as "/".
     type(Ctl::TextDestination, 1, "Κινητήρας/Φρένο");
     EXPECT_EQ(view.shown(Ctl::TextDestination, 1), "Κινητήρας\r\nΦρένο");
     leave();
-    EXPECT_EQ(w.value("SELECT Device FROM AlarmText WHERE Alarm_ID = 2 AND Language = 3"), "Κινητήρας/Φρένο");
+    EXPECT_EQ(w.value("SELECT Device FROM AlarmText WHERE Alarm_ID = 2 AND Language = 1032"), "Κινητήρας/Φρένο");
 }
 
 TEST_F(Editor, NothingCanBeStoredWithoutADestinationLanguage)
@@ -341,9 +341,9 @@ TEST_F(AccessEditor, TextsAndDefinitionsAreStoredInTheAccessFileItself)
         << qPrintable(ui.messageTexts().value(0));
     EXPECT_FALSE(form.hasUnsavedInput());
     auto sqlite = Database::open(w.t.ctx.state.helpTextDB, Database::Mode::ReadOnly);
-    EXPECT_EQ(sqlite->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 2 AND Language = 3").text("Function"),
+    EXPECT_EQ(sqlite->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 2 AND Language = 1032").text("Function"),
               "Υπερφόρτωση");
-    EXPECT_EQ(sqlite->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 1 AND Language = 3").text("Function"),
+    EXPECT_EQ(sqlite->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 1 AND Language = 1032").text("Function"),
               "Ο κινητήρας υπερθερμαίνεται");
     EXPECT_EQ(test::readFileBytes(w.db()), access);
 }

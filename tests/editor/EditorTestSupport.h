@@ -31,7 +31,7 @@ struct EditorWorkspace {
         if (access) {
             const QString demo = t.path("demo.sqlite");
             makeDemoHelpTextDB(demo);
-            Database::open(demo)->exec("DELETE FROM AlarmText WHERE Alarm_ID = 2 AND Language = 3");
+            Database::open(demo)->exec("DELETE FROM AlarmText WHERE Alarm_ID = 2 AND Language = 1032");
             makeAccessCopy(demo, db());
         } else {
             makeDemoHelpTextDB(db());

@@ -64,7 +64,7 @@ class EditorWindowTest : public ::testing::Test
     }
     QString greek(const char *field, int alarm) const
     {
-        return w.value(QString("SELECT %1 FROM AlarmText WHERE Alarm_ID = ? AND Language = 3").arg(field), {alarm});
+        return w.value(QString("SELECT %1 FROM AlarmText WHERE Alarm_ID = ? AND Language = 1032").arg(field), {alarm});
     }
     void activate() const
     {

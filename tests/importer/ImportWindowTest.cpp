@@ -44,7 +44,7 @@ TEST(ImportWindow, ImportsWhatItsFieldsSayAndDeletesTheMachine)
     QTest::mouseClick(import, Qt::LeftButton);
     EXPECT_TRUE(w.t.ui.messageTexts().last().startsWith("Imported into machine Cartoner"))
         << qPrintable(w.t.ui.messageTexts().join('\n'));
-    EXPECT_EQ(w.value("SELECT Device FROM AlarmText WHERE Alarm_ID = 7 AND Language = 3"), "Συσκευή 7");
+    EXPECT_EQ(w.value("SELECT Device FROM AlarmText WHERE Alarm_ID = 7 AND Language = 1032"), "Συσκευή 7");
     EXPECT_TRUE(import->isEnabled());
 
     DelMachineForm dialog(w.t.ctx, &window);
@@ -53,6 +53,20 @@ TEST(ImportWindow, ImportsWhatItsFieldsSayAndDeletesTheMachine)
     QTest::mouseClick(dialog.findChild<QPushButton *>("CommandDelete"), Qt::LeftButton);
     EXPECT_EQ(w.t.ui.messageTexts().last(), "Cartoner deleted");
     EXPECT_EQ(w.value("SELECT count(*) FROM AlarmDefinition WHERE MachineType = 'Cartoner'"), "0");
+}
+
+// The database the importer starts with is no help-text database.
+TEST(ImportWindow, SaysWrongDatabase)
+{
+    test::ImportWorkspace w;
+    test::writeFileBytes(w.t.path("notes.mdb"), "Alarm 1: the motor is hot");
+    w.t.ctx.state.helpTextDB.clear();
+    test::writeText(w.t.ctx.state.iniPath, "[Setup]\nStandardHelpTextDB=" + w.t.path("notes.mdb") + "\n");
+    StartupSession session{.compileOption = "IMPORT"};
+    ImportWindow window(w.t.ctx, session);
+    ASSERT_FALSE(w.t.ui.shown.empty());
+    EXPECT_EQ(w.t.ui.shown.back().text, "Wrong Database!");
+    EXPECT_EQ(w.t.ui.shown.back().title, "Fatal Error");
 }
 
 TEST(ImportWindow, ClosingTheOverwriteQuestionCancels)

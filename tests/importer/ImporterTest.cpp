@@ -43,7 +43,7 @@ class Import : public ::testing::Test
         r.source = {test::workbook(file), nrLang, 1, added};
         return r;
     }
-    QString alarm(int id, const char *language = "3")
+    QString alarm(int id, const char *language = "1032")
     {
         return w.value("SELECT coalesce(t.Device, '') || '|' || coalesce(t.Result, '') || '|' || "
                        "coalesce(t.Function, '') || '#' || d.MachineType || '|' || coalesce(d.Sensor, '') || '|' || "
@@ -68,19 +68,21 @@ TEST_F(Import, ANewMachineRowByRow)
     EXPECT_EQ(alarm(258), "Συσκευή 258|Αποτέλεσμα 258|Λειτουργία 258#M1|B258|0");
     EXPECT_EQ(alarm(12), "||#M1||");  // "12a" is no number: an empty row
     EXPECT_EQ(alarm(259), "||#M1||"); // the list's last entry is not imported, as ever
-    EXPECT_EQ(w.value("SELECT Function FROM WarningText WHERE Warning_ID = 257 AND Language = 3"), "Προειδοποίηση 257");
+    EXPECT_EQ(w.value("SELECT Function FROM WarningText WHERE Warning_ID = 257 AND Language = 1032"),
+              "Προειδοποίηση 257");
     EXPECT_EQ(w.value("SELECT count(*) FROM MaterialChangeDefinition WHERE MachineType = 'M1'"), "1000");
     // The language was made present: a row for every definition row, eight descriptions, no other language's text.
-    EXPECT_EQ(w.value("SELECT (SELECT count(*) FROM AlarmText WHERE Language = 3) || '|' || (SELECT count(*) FROM "
-                      "MaterialChangeText WHERE Language = 3) || '|' || (SELECT count(*) FROM Discription) || '|' || "
-                      "(SELECT count(*) FROM AlarmText WHERE Language <> 3 AND coalesce(Device, '') <> '')"),
-              "1295|5000|8|0");
+    EXPECT_EQ(
+        w.value("SELECT (SELECT count(*) FROM AlarmText WHERE Language = 1032) || '|' || (SELECT count(*) FROM "
+                "MaterialChangeText WHERE Language = 1032) || '|' || (SELECT count(*) FROM Discription) || '|' || "
+                "(SELECT count(*) FROM AlarmText WHERE Language <> 1032 AND coalesce(Device, '') <> '')"),
+        "1295|5000|8|0");
     EXPECT_EQ(importer.counts().alarms, 257);
     EXPECT_EQ(asked, 0); // free rows hold nothing to replace
 
     // English over it: line breaks stored as "/", the definitions asked for once and, never replaced, kept.
     ASSERT_TRUE(importer.MainProc(request("M1", "English", 1)));
-    EXPECT_EQ(alarm(2, "1"), "Device 2|Result 2|Function 2/second line#M1|B2|2");
+    EXPECT_EQ(alarm(2, "1033"), "Device 2|Result 2|Function 2/second line#M1|B2|2");
     EXPECT_EQ(alarm(2), "Συσκευή 2|Αποτέλεσμα 2|Λειτουργία 2#M1|B2|2");
     EXPECT_EQ(asked, 1);
 }
@@ -126,7 +128,7 @@ TEST_F(Import, CancelledOrFailedHalfWayChangesNothing)
     w.exec("UPDATE AlarmDefinition SET Sensor = 'X'");
     const QByteArray before = w.fingerprint();
     answers = {AnswerReplace, AnswerCancel};
-    EXPECT_FALSE(importer.MainProc(request("M1", "Greek", 2, "layout.xlsx", "5")));
+    EXPECT_FALSE(importer.MainProc(request("M1", "Greek", 2, "layout.xlsx", "3")));
     EXPECT_EQ(lastMessage(), "Import cancelled: nothing has been changed.");
     EXPECT_EQ(w.fingerprint(), before);
 
@@ -168,7 +170,9 @@ TEST_F(Import, FiveMachinesAtMostAndDeletingOneFreesItsBlock)
     EXPECT_EQ(lastMessage(),
               "There are already 5 machines defined!\r\nPlease delete a machine before creating a new one");
     EXPECT_EQ(w.fingerprint(), before);
+    answers = {AnswerReplaceAll}; // M3's rows hold only their numbers: asked all the same
     ASSERT_TRUE(importer.MainProc(request("M3", "Greek", 2, "layout-plain.xlsx", "0")));
+    EXPECT_EQ(asked, 1);
     EXPECT_EQ(alarm(513 + 4), "Συσκευή 5|Αποτέλεσμα 5|Λειτουργία 5#M3|B5|2");
 
     ASSERT_TRUE(deleteMachineNamed(w.t.ctx, "M3"));
@@ -210,7 +214,7 @@ TEST_F(Import, FromTheCommandLine)
     std::fclose(out);
     const QString printed = QString::fromUtf8(test::readFileBytes(err.fileName()));
     EXPECT_TRUE(printed.contains("password.xls\" is protected by a password")) << qPrintable(printed);
-    EXPECT_EQ(w.value("SELECT Text FROM MaterialChangeText WHERE MaterialChange_ID = 112 AND Language = 3"),
+    EXPECT_EQ(w.value("SELECT Text FROM MaterialChangeText WHERE MaterialChange_ID = 112 AND Language = 1032"),
               "Αλλαγή 112");
     EXPECT_EQ(alarm(3), "Συσκευή 3|Αποτέλεσμα 3|Λειτουργία 3#M1|B3|0");
 }

@@ -66,6 +66,8 @@ TEST_F(LanguageCommands, CreateRepairAndDeleteAsTheFormDoes)
          "Greek: text rows deleted: 1280 alarms, 1280 warnings, 5000 material changes", 9},
         {"delete-language --language Greek --with-configuration", 0,
          "configuration rows deleted: 1 Language, 8 descriptions", 0},
+        {"delete-language --language Greek --with-configuration", 1,
+         "The help-text database holds nothing of the language Greek (number 1032) to delete", 0},
     };
     // A text typed before the language was made is kept.
     w.exec("INSERT INTO AlarmText VALUES (1, ?, 'Συσκευή', '', '')", {kGreek});
@@ -76,6 +78,32 @@ TEST_F(LanguageCommands, CreateRepairAndDeleteAsTheFormDoes)
         EXPECT_EQ(w.rowsOf(kGreek), s.greekRows) << s.args;
         if (s.greekRows == 7569)
             EXPECT_EQ(w.count("SELECT COUNT(*) FROM AlarmText WHERE Device = 'Συσκευή'"), 1);
+    }
+}
+
+// A language has one number in every database: the demo's agree with their
+// definitions (so English is protected), and a database numbering a language
+// otherwise is refused by every language job, unchanged.
+TEST_F(LanguageCommands, LanguageNumbersAreTheDefinitions)
+{
+    test::makeDemoHelpTextDB(w.t.path("Demo.mdb"));
+    test::makeDemoLanguageDB(w.t.path("DemoLanguages.mdb"));
+    const QStringList demo{"--database", w.t.path("Demo.mdb"), "--languages", w.t.path("DemoLanguages.mdb")};
+    const QByteArray demoBytes = test::readFileBytes(w.t.path("Demo.mdb"));
+    EXPECT_EQ(run(QStringList{"delete-language", "--language", "English", "--with-configuration"} + demo), 1);
+    EXPECT_TRUE(err.contains("English or German cannot be deleted!")) << qPrintable(err);
+    EXPECT_TRUE(test::readFileBytes(w.t.path("Demo.mdb")) == demoBytes);
+    EXPECT_EQ(run(QStringList{"create-language", "--language", "Russian"} + demo), 0) << qPrintable(err);
+    EXPECT_TRUE(err.contains("Russian (1049): text rows added: 0 alarms")) << qPrintable(err);
+
+    w.exec("INSERT INTO Language (Language, Name) VALUES (3, 'GREEK')");
+    const QByteArray before = test::readFileBytes(w.db());
+    for (const char *job : {"create-language", "delete-language"}) {
+        EXPECT_EQ(run(QStringList{job, "--language", "Greek"} + on({})), 1) << job;
+        EXPECT_TRUE(err.contains("The language \"GREEK\" has the number 3 in the help-text database but 1032 in the "
+                                 "language-definition database"))
+            << qPrintable(err);
+        EXPECT_TRUE(test::readFileBytes(w.db()) == before) << job;
     }
 }
 
