@@ -6,6 +6,7 @@
 #include "importer/WorkbookFormats.h"
 
 #include <QHash>
+#include <QStringDecoder>
 #include <QXmlStreamReader>
 #include <gsf/gsf-infile-zip.h>
 #include <gsf/gsf-infile.h>
@@ -123,9 +124,8 @@ QHash<QString, qint64> entityReferences(QStringView text)
 // used ten times, costs ten billion expansions and makes nothing.
 void checkEntityExpansions(const QByteArray &data, const QString &path)
 {
-    if (!data.contains("<!ENTITY"))
-        return;
-    QXmlStreamReader prolog(data);
+    QXmlStreamReader prolog(data); // reads no further than the first element
+    prolog.setNamespaceProcessing(false);
     while (!prolog.atEnd() && !prolog.isDTD() && !prolog.isStartElement())
         prolog.readNext();
     const QXmlStreamEntityDeclarations declared = prolog.entityDeclarations();
@@ -152,13 +152,13 @@ void checkEntityExpansions(const QByteArray &data, const QString &path)
         return cost.value(name);
     };
     qint64 total = 0;
-    const QString text = QString::fromUtf8(data);
+    const QString text = QStringDecoder(QStringConverter::encodingForData(data).value_or(QStringConverter::Utf8))(data);
     const auto references = entityReferences(text);
     for (auto r = references.cbegin(); r != references.cend() && total <= kMaxEntityExpansions; ++r)
         if (values.contains(r.key()))
             total += std::min(kMaxEntityExpansions + 1, r.value() * costOf(costOf, r.key(), 0));
     if (total > kMaxEntityExpansions)
-        throw Unexpected{path, QStringLiteral("its XML entities would take too long to expand")};
+        throw Unexpected{path, QStringLiteral("the XML entities it declares would take too long to expand")};
 }
 
 // The target of the first relationship whose type ends with `typeEnd`, or with the id `id`.

@@ -6,6 +6,7 @@
 #include "importer/ExcelLists.h"
 #include "importer/Workbook.h"
 
+#include <QStringEncoder>
 #include <cstring>
 
 namespace ht
@@ -201,7 +202,12 @@ TEST(Workbook, NamesWhereItStopped)
         {"sst.xls", xls(biff(0x0600, rec(0x00FD, cellAt(0, 0) + le32(3)))), "LABELSST record (0x00FD)"},
         {"shared.xlsx", xlsx(R"(<row r="2"><c r="B2" t="s"><v>4</v></c></row>)", "<sst/>"),
          "xl/worksheets/sheet1.xml: cell B2 refers to shared text 4"},
-        {"bomb.xlsx", xlsx("", emptyEntityBomb(5)), "xl/sharedStrings.xml: its XML entities would take too long"},
+        {"bomb.xlsx", xlsx("", emptyEntityBomb(5)),
+         "xl/sharedStrings.xml: the XML entities it declares would take too long"},
+        {"bomb16.xlsx",
+         xlsx("", QStringEncoder(QStringConverter::Utf16LE,
+                                 QStringConverter::Flag::WriteBom)(QString::fromLatin1(emptyEntityBomb(5)))),
+         "xl/sharedStrings.xml: the XML entities it declares would take too long"},
     };
     for (const auto &c : cases) {
         try {
