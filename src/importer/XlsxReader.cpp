@@ -1,8 +1,8 @@
 // Office Open XML workbooks (.xlsx): the zip is opened with libgsf, its XML
 // parts read with QXmlStreamReader. The first worksheet is found the way
 // Excel finds it: through the package's and the workbook's relationships.
-// A part that ends early or cannot be unpacked makes the file damaged; a part
-// this reader does not understand is named in the refusal.
+// A zip that cannot be opened or a part that ends early makes the file damaged;
+// a part this reader does not understand is named in the refusal.
 #include "importer/WorkbookFormats.h"
 
 #include <QHash>
@@ -26,7 +26,7 @@ constexpr gsf_off_t kMaxPartBytes = 256 * 1024 * 1024; // unpacked: a zip bomb i
 // workbook needs none, and a million take Qt's parser about a second.
 constexpr qint64 kMaxEntityExpansions = 100000;
 
-// A part ends early or cannot be unpacked: the file is damaged.
+// A part ends early: the file is damaged.
 struct Damaged {
     QString why;
 };
@@ -69,7 +69,7 @@ class Package
             throw Unexpected{path, QStringLiteral("it unpacks to more than 256 MB")};
         QByteArray data(qsizetype(size), Qt::Uninitialized);
         if (size > 0 && !gsf_input_read(in, size, reinterpret_cast<guint8 *>(data.data())))
-            throw Damaged{QStringLiteral("a part cannot be unpacked: ") + path};
+            throw Unexpected{path, QStringLiteral("it cannot be unpacked")}; // damaged, or packed in a way libgsf lacks
         checkEntityExpansions(data, path);
         return data;
     }
