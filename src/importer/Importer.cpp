@@ -75,11 +75,10 @@ bool Importer::readLists(const ImportRequest &request)
             m_alarms = GetListXLAlarms(ctx, m_status, book, request.source, m_added);
             m_warnings = GetListXLWarnings(ctx, m_status, book, request.source, m_added);
             if (!looksLikeLists())
-                return refuse(
-                    QStringLiteral("The workbook \"") + request.source.path +
-                    QStringLiteral("\" does not hold a machine's alarm and warning lists: most rows of column "
-                                   "B should have the number of the alarm or warning that belongs there "
-                                   "(alarm 1 in row 3, warning 1 in row 260). Nothing has been imported."));
+                return refuse(QStringLiteral("The workbook \"") + request.source.path +
+                              QStringLiteral("\" does not hold a machine's alarm and warning lists: most rows of column "
+                                             "B should have the number of the alarm or warning that belongs there "
+                                             "(alarm 1 in row 3, warning 1 in row 260). Nothing has been imported."));
         }
         const std::optional<ListSource> changes = request.mode == ImportRequest::MaterialChange
                                                       ? std::optional(request.source)
