@@ -506,7 +506,7 @@ struct GObjectRef {
 
 // GLib's and libgsf's own warnings about a bad file ("libgsf:msole-CRITICAL **: ...")
 // would reach the user's terminal beside the reader's message, which says all
-// the user can act on: they are dropped. Other programs' messages go on as before.
+// the user can act on: they are dropped. Other libraries' messages go on as before.
 GLogFunc g_previousHandler = nullptr;
 
 void dropContainerDiagnostics(const gchar *domain, GLogLevelFlags level, const gchar *message, gpointer)
