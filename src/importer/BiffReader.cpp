@@ -1,11 +1,13 @@
 // Excel 97-2003 (BIFF8) and Excel 5/95 (BIFF5) workbooks: the compound file
 // is opened with libgsf, the records of its workbook stream are read here.
 // Every length is checked against the bytes there are: a damaged file is
-// refused, never read past its end.
+// refused, never read past its end. A record laid out otherwise than this
+// reader expects is named in the refusal, and the file not called damaged.
 #include "importer/WorkbookFormats.h"
 
 #include "common/CodePage.h"
 
+#include <QHash>
 #include <QtEndian>
 #include <cstring>
 #include <gsf/gsf-infile-msole.h>
@@ -22,6 +24,7 @@ namespace
 
 enum Record : quint16 {
     kFormula = 0x0006,
+    kFormulaOld = 0x0406, // Excel 3 and 4 wrote it; some programs still do
     kEof = 0x000A,
     kFilePass = 0x002F,
     kContinue = 0x003C,
@@ -41,7 +44,12 @@ enum Record : quint16 {
 constexpr quint16 kBiff8 = 0x0600, kBiff5 = 0x0500;
 constexpr int kUtf16CodePage = 1200;
 
+// The bytes end before a record or the stream does: the file is damaged.
 struct Damaged {
+    QString why;
+};
+// A record that is not laid out as this reader expects.
+struct Unexpected {
     QString why;
 };
 
@@ -133,7 +141,7 @@ class Reader
             const qsizetype width = wide ? 2 : 1;
             const qsizetype fit = std::min(count, (m_parts[m_part].size() - m_pos) / width);
             if (fit == 0)
-                throw Damaged{QStringLiteral("a text is cut off")};
+                throw Unexpected{QStringLiteral("a text in it is cut off")};
             const char *p = m_parts[m_part].constData() + m_pos;
             if (wide) {
                 for (qsizetype i = 0; i < fit; ++i)
@@ -150,6 +158,8 @@ class Reader
     QString unicodeString(bool sixteenBitLength = true)
     {
         const qsizetype count = sixteenBitLength ? u16() : u8();
+        if (count == 0 && left() == 0) // an empty text without its flags byte
+            return {};
         const quint8 flags = u8();
         const quint16 runs = (flags & 0x08) ? u16() : 0;
         const quint32 extra = (flags & 0x04) ? u32() : 0;
@@ -164,7 +174,7 @@ class Reader
     {
         while (m_pos == m_parts[m_part].size()) {
             if (m_part + 1 >= m_parts.size())
-                throw Damaged{QStringLiteral("a record is shorter than its contents")};
+                throw Unexpected{QStringLiteral("the record is shorter than its contents")};
             ++m_part;
             m_pos = 0;
         }
@@ -172,9 +182,11 @@ class Reader
     // `n` bytes from one part: numbers never straddle parts.
     QByteArrayView take(qsizetype n)
     {
+        if (n == 0) // an empty text at the record's very end
+            return {};
         nextPartIfDone();
         if (m_parts[m_part].size() - m_pos < n)
-            throw Damaged{QStringLiteral("a record is shorter than its contents")};
+            throw Unexpected{QStringLiteral("the record is shorter than its contents")};
         const QByteArrayView v = m_parts[m_part].sliced(m_pos, n);
         m_pos += n;
         return v;
@@ -216,30 +228,71 @@ QString errorText(quint8 code)
     }
 }
 
+// "the LABEL record (0x0204)", for messages.
+QString recordName(quint16 type)
+{
+    static const QHash<quint16, const char *> names = {{kFormula, "FORMULA"},
+                                                       {kFormulaOld, "FORMULA"},
+                                                       {kEof, "EOF"},
+                                                       {kFilePass, "FILEPASS"},
+                                                       {kContinue, "CONTINUE"},
+                                                       {kCodePage, "CODEPAGE"},
+                                                       {kBoundSheet, "BOUNDSHEET"},
+                                                       {kMulRk, "MULRK"},
+                                                       {kSst, "SST"},
+                                                       {kLabelSst, "LABELSST"},
+                                                       {kRString, "RSTRING"},
+                                                       {kNumber, "NUMBER"},
+                                                       {kLabel, "LABEL"},
+                                                       {kBoolErr, "BOOLERR"},
+                                                       {kString, "STRING"},
+                                                       {kRk, "RK"},
+                                                       {kBof, "BOF"}};
+    const QString hex = QStringLiteral("0x") + QStringLiteral("%1").arg(type, 4, 16, QLatin1Char('0')).toUpper();
+    if (const char *name = names.value(type))
+        return QStringLiteral("the %1 record (%2)").arg(QLatin1String(name), hex);
+    return QStringLiteral("the record of type %1").arg(hex);
+}
+
 struct SheetEntry {
     quint32 offset;
     QString name;
+    qsizetype listedAt; // the BOUNDSHEET record's offset
 };
 
 class BiffBook
 {
   public:
-    BiffBook(QByteArrayView stream, const QString &name) : m_stream(stream), m_name(name) {}
+    BiffBook(QByteArrayView stream, const QString &streamName, const QString &name)
+        : m_stream(stream), m_streamName(streamName), m_name(name)
+    {
+    }
     void read(Workbook &book);
 
   private:
+    RecordData record(qsizetype at);
     void readGlobals(std::vector<SheetEntry> &sheets);
-    void readSheet(quint32 offset, Sheet &sheet);
+    void readSheet(const SheetEntry &entry, Sheet &sheet);
     void readSst(const RecordData &r);
     QString byteString(Reader &in, qsizetype length); // BIFF5 text in the workbook's code page
     QString labelText(Reader &in);
 
     Stream m_stream;
-    QString m_name;
+    QString m_streamName, m_name;
     quint16 m_version = 0;
     int m_codePage = 1252;
     std::vector<QString> m_strings;
+    qsizetype m_at = 0; // the record being read, named when it cannot be read
+    quint16 m_type = 0;
 };
+
+RecordData BiffBook::record(qsizetype at)
+{
+    RecordData r = m_stream.record(at);
+    m_at = at;
+    m_type = r.type;
+    return r;
+}
 
 QString BiffBook::byteString(Reader &in, qsizetype length)
 {
@@ -252,6 +305,8 @@ QString BiffBook::byteString(Reader &in, qsizetype length)
 
 QString BiffBook::labelText(Reader &in)
 {
+    if (in.left() == 0) // a text record that ends before its length: an empty text
+        return {};
     if (m_version == kBiff8)
         return in.unicodeString();
     return byteString(in, in.u16());
@@ -271,9 +326,9 @@ void BiffBook::readSst(const RecordData &r)
 void BiffBook::readGlobals(std::vector<SheetEntry> &sheets)
 {
     qsizetype at = 0;
-    RecordData r = m_stream.record(at);
+    RecordData r = record(at);
     if (r.type != kBof)
-        throw Damaged{QStringLiteral("does not begin like a workbook")};
+        throw Unexpected{QStringLiteral("a workbook stream begins with a BOF record")};
     {
         Reader bof(r);
         m_version = bof.u16();
@@ -282,7 +337,7 @@ void BiffBook::readGlobals(std::vector<SheetEntry> &sheets)
         refuseWorkbook(m_name, QStringLiteral("was saved by an Excel version older than Excel 5, which cannot be "
                                               "read; save it as an Excel 97-2003 or .xlsx workbook"));
     for (at = r.next; !m_stream.atEnd(at); at = r.next) {
-        r = m_stream.record(at);
+        r = record(at);
         Reader in(r);
         switch (r.type) {
         case kEof:
@@ -298,7 +353,7 @@ void BiffBook::readGlobals(std::vector<SheetEntry> &sheets)
             const quint8 type = in.u8();
             const QString name = m_version == kBiff8 ? in.unicodeString(false) : byteString(in, in.u8());
             if (type == 0) // a worksheet, not a chart or a macro sheet
-                sheets.push_back({offset, name});
+                sheets.push_back({offset, name, at});
             break;
         }
         case kSst:
@@ -309,28 +364,44 @@ void BiffBook::readGlobals(std::vector<SheetEntry> &sheets)
             break;
         }
     }
-    throw Damaged{QStringLiteral("ends before its list of sheets does")};
+    throw Damaged{QStringLiteral("its ") + m_streamName +
+                  QStringLiteral(" stream ends before its list of sheets does")};
 }
 
-void BiffBook::readSheet(quint32 offset, Sheet &sheet)
+void BiffBook::readSheet(const SheetEntry &entry, Sheet &sheet)
 {
-    if (m_stream.atEnd(offset) || m_stream.record(offset).type != kBof)
-        throw Damaged{QStringLiteral("names a sheet where there is none")};
+    if (m_stream.atEnd(entry.offset) || m_stream.record(entry.offset).type != kBof) {
+        record(entry.listedAt);
+        throw Unexpected{QStringLiteral("no sheet begins at byte %1, where it places sheet \"%2\"")
+                             .arg(entry.offset)
+                             .arg(entry.name)};
+    }
     bool stringFollows = false; // a FORMULA's text comes in the STRING record after it
     quint16 formulaRow = 0, formulaColumn = 0;
-    RecordData r = m_stream.record(offset);
+    int nested = 0; // a chart on the sheet is a substream of its own, BOF to EOF: no cells of the sheet
+    RecordData r = record(entry.offset);
     for (qsizetype at = r.next; !m_stream.atEnd(at); at = r.next) {
-        r = m_stream.record(at);
+        r = record(at);
+        if (r.type == kBof) {
+            ++nested;
+            continue;
+        }
+        if (r.type == kEof) {
+            if (nested == 0)
+                return;
+            --nested;
+            continue;
+        }
+        if (nested > 0)
+            continue;
         Reader in(r);
         switch (r.type) {
-        case kEof:
-            return;
         case kLabelSst: {
             const quint16 row = in.u16(), column = in.u16();
             in.u16();
             const quint32 index = in.u32();
             if (index >= m_strings.size())
-                throw Damaged{QStringLiteral("refers to a shared text that does not exist")};
+                throw Unexpected{QStringLiteral("the shared text it refers to does not exist")};
             sheet.set(row, column, m_strings[index]);
             break;
         }
@@ -370,7 +441,8 @@ void BiffBook::readSheet(quint32 offset, Sheet &sheet)
                       isError ? errorText(value) : (value ? QStringLiteral("TRUE") : QStringLiteral("FALSE")));
             break;
         }
-        case kFormula: {
+        case kFormula:
+        case kFormulaOld: { // the cached result is all that is read; both lay it out alike
             const quint16 row = in.u16(), column = in.u16();
             in.u16();
             const QByteArray result = in.bytes(8);
@@ -410,10 +482,15 @@ void BiffBook::read(Workbook &book)
         readGlobals(sheets);
         for (const SheetEntry &s : sheets) {
             book.m_sheets.emplace_back();
-            readSheet(s.offset, book.m_sheets.back());
+            readSheet(s, book.m_sheets.back());
         }
     } catch (const Damaged &d) {
         refuseWorkbook(m_name, QStringLiteral("is damaged and cannot be read (") + d.why + QLatin1Char(')'));
+    } catch (const Unexpected &u) {
+        refuseWorkbook(m_name, QStringLiteral("cannot be read: reading stopped at %1 at byte %2 of its %3 stream: %4")
+                                   .arg(recordName(m_type))
+                                   .arg(m_at)
+                                   .arg(m_streamName, u.why));
     }
 }
 
@@ -427,12 +504,32 @@ struct GObjectRef {
     }
 };
 
+// GLib's and libgsf's own warnings about a bad file ("libgsf:msole-CRITICAL **: ...")
+// would reach the user's terminal beside the reader's message, which says all
+// the user can act on: they are dropped. Other libraries' messages go on as before.
+GLogFunc g_previousHandler = nullptr;
+
+void dropContainerDiagnostics(const gchar *domain, GLogLevelFlags level, const gchar *message, gpointer)
+{
+    const bool ours = domain && (g_str_has_prefix(domain, "libgsf") || g_str_has_prefix(domain, "GLib"));
+    if (!ours || (level & G_LOG_LEVEL_ERROR))
+        g_previousHandler(domain, level, message, nullptr);
+}
+
 } // namespace
+
+void initContainerLibrary()
+{
+    static std::once_flag initialised;
+    std::call_once(initialised, [] {
+        g_previousHandler = g_log_set_default_handler(dropContainerDiagnostics, nullptr);
+        gsf_init();
+    });
+}
 
 void readBiffWorkbook(const QByteArray &bytes, const QString &name, Workbook &book)
 {
-    static std::once_flag initialised;
-    std::call_once(initialised, [] { gsf_init(); });
+    initContainerLibrary();
 
     GObjectRef input{gsf_input_memory_new(reinterpret_cast<const guint8 *>(bytes.constData()), bytes.size(), FALSE)};
     GError *error = nullptr;
@@ -442,25 +539,35 @@ void readBiffWorkbook(const QByteArray &bytes, const QString &name, Workbook &bo
     if (!ole.object)
         refuseWorkbook(name, QStringLiteral("is damaged: its container cannot be read"));
     GsfInfile *infile = GSF_INFILE(ole.object);
-    GObjectRef stream;
+    // A file saved for Excel 97 and Excel 5 at once holds both streams: the
+    // BIFF8 "Workbook" has the texts in Unicode, the BIFF5 "Book" only in a code page.
+    int workbook = -1, book5 = -1;
     for (int i = 0; i < gsf_infile_num_children(infile); ++i) {
         const QString child = QString::fromUtf8(gsf_infile_name_by_index(infile, i));
         if (child.compare(QLatin1String("EncryptedPackage"), Qt::CaseInsensitive) == 0)
             refuseWorkbook(name, QStringLiteral("is protected by a password; save it without one to import it"));
-        if (!stream.object && (child.compare(QLatin1String("Workbook"), Qt::CaseInsensitive) == 0 ||
-                               child.compare(QLatin1String("Book"), Qt::CaseInsensitive) == 0))
-            stream.object = gsf_infile_child_by_index(infile, i);
+        if (workbook < 0 && child.compare(QLatin1String("Workbook"), Qt::CaseInsensitive) == 0)
+            workbook = i;
+        if (book5 < 0 && child.compare(QLatin1String("Book"), Qt::CaseInsensitive) == 0)
+            book5 = i;
     }
-    if (!stream.object)
+    const int chosen = workbook >= 0 ? workbook : book5;
+    if (chosen < 0)
         refuseWorkbook(name, QStringLiteral("is not an Excel workbook: it holds no workbook stream"));
+    const QString streamName = QString::fromUtf8(gsf_infile_name_by_index(infile, chosen));
+    GObjectRef stream{gsf_infile_child_by_index(infile, chosen)};
+    if (!stream.object)
+        refuseWorkbook(name,
+                       QStringLiteral("is damaged: its ") + streamName + QStringLiteral(" stream cannot be read"));
     GsfInput *in = GSF_INPUT(stream.object);
     const gsf_off_t size = gsf_input_size(in);
     if (size < 0 || size > kMaxWorkbookBytes)
         refuseWorkbook(name, QStringLiteral("is too large to be an item list"));
     QByteArray data(qsizetype(size), Qt::Uninitialized);
     if (size > 0 && !gsf_input_read(in, size, reinterpret_cast<guint8 *>(data.data())))
-        refuseWorkbook(name, QStringLiteral("is damaged: its workbook stream cannot be read"));
-    BiffBook(data, name).read(book);
+        refuseWorkbook(name,
+                       QStringLiteral("is damaged: its ") + streamName + QStringLiteral(" stream cannot be read"));
+    BiffBook(data, streamName, name).read(book);
 }
 
 } // namespace ht

@@ -13,6 +13,9 @@ void readBiffWorkbook(const QByteArray &bytes, const QString &name, Workbook &bo
 // A zip of XML parts (.xlsx); only the first worksheet is read.
 void readXlsxWorkbook(const QByteArray &bytes, const QString &name, Workbook &book);
 
+// libgsf, set up once; its and GLib's warnings about a bad file are kept off the terminal.
+void initContainerLibrary();
+
 // "The workbook <name> <why>."
 [[noreturn]] void refuseWorkbook(const QString &name, const QString &why);
 

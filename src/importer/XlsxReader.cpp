@@ -1,8 +1,12 @@
 // Office Open XML workbooks (.xlsx): the zip is opened with libgsf, its XML
 // parts read with QXmlStreamReader. The first worksheet is found the way
 // Excel finds it: through the package's and the workbook's relationships.
+// A zip that cannot be opened or a part that ends early makes the file damaged;
+// a part this reader does not understand is named in the refusal.
 #include "importer/WorkbookFormats.h"
 
+#include <QHash>
+#include <QStringDecoder>
 #include <QXmlStreamReader>
 #include <gsf/gsf-infile-zip.h>
 #include <gsf/gsf-infile.h>
@@ -18,10 +22,20 @@ namespace
 {
 
 constexpr gsf_off_t kMaxPartBytes = 256 * 1024 * 1024; // unpacked: a zip bomb is refused, not unpacked
+// Entity references resolved in one part, counting those inside entities: a
+// workbook needs none, and a million take Qt's parser about a second.
+constexpr qint64 kMaxEntityExpansions = 100000;
 
+// A part ends early: the file is damaged.
 struct Damaged {
     QString why;
 };
+// A part that is not as this reader expects.
+struct Unexpected {
+    QString part, why;
+};
+
+void checkEntityExpansions(const QByteArray &data, const QString &path);
 
 struct GObjectRef {
     gpointer object = nullptr;
@@ -52,10 +66,11 @@ class Package
         GsfInput *in = GSF_INPUT(child.object);
         const gsf_off_t size = gsf_input_size(in);
         if (size < 0 || size > kMaxPartBytes)
-            throw Damaged{QStringLiteral("a part is too large: ") + path};
+            throw Unexpected{path, QStringLiteral("it unpacks to more than 256 MB")};
         QByteArray data(qsizetype(size), Qt::Uninitialized);
         if (size > 0 && !gsf_input_read(in, size, reinterpret_cast<guint8 *>(data.data())))
-            throw Damaged{QStringLiteral("a part cannot be unpacked: ") + path};
+            throw Unexpected{path, QStringLiteral("it cannot be unpacked")}; // damaged, or packed in a way libgsf lacks
+        checkEntityExpansions(data, path);
         return data;
     }
 
@@ -80,8 +95,70 @@ QString resolve(const QString &folder, const QString &target)
 
 void failOnError(const QXmlStreamReader &xml, const QString &part)
 {
+    if (xml.error() == QXmlStreamReader::PrematureEndOfDocumentError)
+        throw Damaged{part + QStringLiteral(" ends early")};
     if (xml.hasError())
-        throw Damaged{part + QStringLiteral(" is not well-formed XML (") + xml.errorString() + QLatin1Char(')')};
+        throw Unexpected{part, QStringLiteral("it is not well-formed XML (line %1, column %2: %3)")
+                                   .arg(xml.lineNumber())
+                                   .arg(xml.columnNumber())
+                                   .arg(xml.errorString())};
+}
+
+// The entity references in `text` ("&name;"), each with the number of times it occurs.
+QHash<QString, qint64> entityReferences(QStringView text)
+{
+    QHash<QString, qint64> references;
+    for (qsizetype at = text.indexOf(u'&'); at >= 0; at = text.indexOf(u'&', at + 1)) {
+        const qsizetype end = text.indexOf(u';', at + 1);
+        if (end < 0)
+            break;
+        const QStringView name = text.sliced(at + 1, end - at - 1);
+        if (!name.isEmpty() && name[0] != u'#' && !name.contains(u'&') && !name.contains(u'<'))
+            ++references[name.toString()];
+    }
+    return references;
+}
+
+// Refuses a part whose declared entities would cost more than kMaxEntityExpansions
+// to expand, however little text they make: "<!ENTITY a ''>" nested ten deep, each
+// used ten times, costs ten billion expansions and makes nothing.
+void checkEntityExpansions(const QByteArray &data, const QString &path)
+{
+    QXmlStreamReader prolog(data); // reads no further than the first element
+    prolog.setNamespaceProcessing(false);
+    while (!prolog.atEnd() && !prolog.isDTD() && !prolog.isStartElement())
+        prolog.readNext();
+    const QXmlStreamEntityDeclarations declared = prolog.entityDeclarations();
+    if (declared.isEmpty())
+        return;
+    QHash<QString, QStringView> values;
+    for (const QXmlStreamEntityDeclaration &d : declared)
+        values.insert(d.name().toString(), d.value());
+    // The expansions one reference to an entity costs, itself included; memoised.
+    QHash<QString, qint64> cost;
+    const auto costOf = [&](const auto &self, const QString &name, int depth) -> qint64 {
+        if (const auto known = cost.constFind(name); known != cost.cend())
+            return *known;
+        if (!values.contains(name))
+            return 1; // a predefined entity (&amp;) or one the parser leaves unresolved
+        if (depth > 64)
+            return kMaxEntityExpansions + 1;
+        cost.insert(name, kMaxEntityExpansions + 1); // a reference to itself is refused, not followed
+        qint64 total = 1;
+        const auto references = entityReferences(values.value(name));
+        for (auto r = references.cbegin(); r != references.cend() && total <= kMaxEntityExpansions; ++r)
+            total += std::min(kMaxEntityExpansions + 1, r.value() * self(self, r.key(), depth + 1));
+        cost.insert(name, std::min(total, kMaxEntityExpansions + 1));
+        return cost.value(name);
+    };
+    qint64 total = 0;
+    const QString text = QStringDecoder(QStringConverter::encodingForData(data).value_or(QStringConverter::Utf8))(data);
+    const auto references = entityReferences(text);
+    for (auto r = references.cbegin(); r != references.cend() && total <= kMaxEntityExpansions; ++r)
+        if (values.contains(r.key()))
+            total += std::min(kMaxEntityExpansions + 1, r.value() * costOf(costOf, r.key(), 0));
+    if (total > kMaxEntityExpansions)
+        throw Unexpected{path, QStringLiteral("the XML entities it declares would take too long to expand")};
 }
 
 // The target of the first relationship whose type ends with `typeEnd`, or with the id `id`.
@@ -214,15 +291,17 @@ bool cellReference(QStringView ref, quint32 &row, quint32 &column)
     return true;
 }
 
-QString valueText(const QString &type, const QString &value, const std::vector<QString> &strings)
+// "B3" for row 2, column 1.
+QString cellName(quint32 row, quint32 column)
 {
-    if (type == QLatin1String("s")) {
-        bool ok = false;
-        const qulonglong index = value.toULongLong(&ok);
-        if (!ok || index >= strings.size())
-            throw Damaged{QStringLiteral("a cell refers to a shared text that does not exist")};
-        return strings[index];
-    }
+    QString letters;
+    for (quint64 c = quint64(column) + 1; c > 0; c = (c - 1) / 26)
+        letters.prepend(QChar(char16_t(u'A' + (c - 1) % 26)));
+    return letters + QString::number(quint64(row) + 1);
+}
+
+QString valueText(const QString &type, const QString &value)
+{
     if (type == QLatin1String("b"))
         return value.trimmed() == QLatin1String("1") ? QStringLiteral("TRUE") : QStringLiteral("FALSE");
     if (type.isEmpty() || type == QLatin1String("n")) {
@@ -277,7 +356,18 @@ void readSheet(const QByteArray &part, const QString &name, const std::vector<QS
                     --depth;
                 }
             }
-            sheet.set(quint32(row), quint32(column), inlineText ? value : valueText(type, value, strings));
+            if (inlineText || value.isEmpty()) { // <v/>: an empty cell, whatever its type
+                sheet.set(quint32(row), quint32(column), value);
+            } else if (type == QLatin1String("s")) {
+                bool ok = false;
+                const qulonglong index = value.toULongLong(&ok);
+                if (!ok || index >= strings.size())
+                    throw Unexpected{name, QStringLiteral("cell %1 refers to shared text %2, which does not exist")
+                                               .arg(cellName(quint32(row), quint32(column)), value)};
+                sheet.set(quint32(row), quint32(column), strings[index]);
+            } else {
+                sheet.set(quint32(row), quint32(column), valueText(type, value));
+            }
         }
     }
     failOnError(xml, name);
@@ -287,8 +377,7 @@ void readSheet(const QByteArray &part, const QString &name, const std::vector<QS
 
 void readXlsxWorkbook(const QByteArray &bytes, const QString &name, Workbook &book)
 {
-    static std::once_flag initialised;
-    std::call_once(initialised, [] { gsf_init(); });
+    initContainerLibrary();
 
     GObjectRef input{gsf_input_memory_new(reinterpret_cast<const guint8 *>(bytes.constData()), bytes.size(), FALSE)};
     GError *error = nullptr;
@@ -323,11 +412,15 @@ void readXlsxWorkbook(const QByteArray &bytes, const QString &name, Workbook &bo
         }
         const auto sheet = package.part(sheetPath);
         if (!sheet)
-            refuseWorkbook(name, QStringLiteral("is damaged: its first worksheet is missing"));
+            refuseWorkbook(name, QStringLiteral("is damaged: its first worksheet ") + sheetPath +
+                                     QStringLiteral(" is missing"));
         book.m_sheets.emplace_back();
         readSheet(*sheet, sheetPath, strings, book.m_sheets.back());
     } catch (const Damaged &d) {
         refuseWorkbook(name, QStringLiteral("is damaged and cannot be read (") + d.why + QLatin1Char(')'));
+    } catch (const Unexpected &u) {
+        refuseWorkbook(name, QStringLiteral("cannot be read: reading stopped at its part ") + u.part +
+                                 QStringLiteral(": ") + u.why);
     }
 }
 
