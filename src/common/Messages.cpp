@@ -12,6 +12,7 @@ Answer defaultAnswer(Buttons buttons)
         return Answer::OK;
     case Buttons::OKCancel:
     case Buttons::RetryCancel:
+    case Buttons::RetryDiscardCancel:
     case Buttons::YesNoCancel:
         return Answer::Cancel;
     case Buttons::YesNo:

@@ -8,10 +8,11 @@
 
 namespace ht {
 
-enum class Buttons { OK, OKCancel, YesNo, YesNoCancel, RetryCancel };
+// RetryDiscardCancel: try again, give the input up, or stay where one is.
+enum class Buttons { OK, OKCancel, YesNo, YesNoCancel, RetryCancel, RetryDiscardCancel };
 enum class Icon { None, Critical, Question, Exclamation, Information };
 // Numeric values as the classic message-box results.
-enum class Answer { OK = 1, Cancel = 2, Abort = 3, Retry = 4, Ignore = 5, Yes = 6, No = 7 };
+enum class Answer { OK = 1, Cancel = 2, Abort = 3, Retry = 4, Ignore = 5, Yes = 6, No = 7, Discard = 8 };
 
 struct OpenFileChoice {
     QString path;

@@ -68,7 +68,9 @@ QList<int> EditorForm::untranslatedNumbers()
 
 void EditorForm::findUntranslated(int direction)
 {
-    Menu_GotFocus();
+    // The text typed is stored first, so that its item no longer counts as untranslated.
+    if (!mayReplaceInput())
+        return;
     if (view.text(Ctl::ComboLanguageSource).isEmpty() || view.text(Ctl::ComboLanguageDestination).isEmpty()) {
         setStatus(QStringLiteral("Choose a source and a destination language first"));
         return;
@@ -119,7 +121,8 @@ void EditorForm::MenuPreviousUntranslated_Click()
 void EditorForm::MenuGoToItem_Click()
 {
     try {
-        Menu_GotFocus();
+        if (!mayReplaceInput())
+            return;
         const long count = ctx.state.maxItems[ctx.state.currentKind];
         if (count < 1 || !ctx.ui)
             return;

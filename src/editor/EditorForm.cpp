@@ -18,6 +18,7 @@
 #include "startup/FormSwitch.h"
 
 #include <cmath>
+#include <utility>
 
 namespace ht
 {
@@ -301,9 +302,8 @@ void EditorForm::ComboIndex_KeyDown(int keyCode)
 {
     try {
         const QString text = view.text(Ctl::ComboIndex);
-        if (text.isEmpty())
-            return;
-        if (keyCode != kEnter) {
+        // Blanks alone are left standing, so that " 7" means 7; no item is shown meanwhile.
+        if (keyCode != kEnter && !text.trimmed().isEmpty()) {
             const long count = ctx.state.maxItems[ctx.state.currentKind];
             if (count < 1)
                 return;
@@ -373,12 +373,15 @@ void EditorForm::showItem()
 {
     if (!mayReplaceInput())
         return restoreShownSelection();
+    if (itemNumber() == 0)
+        return showNoItem();
     if (!view.text(Ctl::ComboLanguageSource).isEmpty())
         Source_Read();
     if (!view.text(Ctl::ComboLanguageDestination).isEmpty()) {
         Destination_Read();
     } else {
         // Nothing can be stored without a destination language: nothing can be typed.
+        m_shownItem = {};
         lockDestination(true);
         Definition_Read();
     }
@@ -388,22 +391,56 @@ void EditorForm::showItem()
     refreshStatus();
 }
 
-// Typed text must not vanish under a newly read item: it is stored first, and
-// when that fails the translator decides.
+// While the item number box names no item ("", "2.", "1e2") the boxes are
+// empty and cannot be typed into: there is no item to store a text under.
+void EditorForm::showNoItem()
+{
+    LoadingGuard loading(*this);
+    m_shownItem = {};
+    m_destinationEditable = false;
+    lockDestination(true);
+    for (int box = 1; box <= 3; ++box) {
+        for (Ctl side : {Ctl::TextSource, Ctl::TextDestination}) {
+            view.setText(side, box, QString());
+            view.clearUndo(side, box);
+        }
+    }
+    for (int box = 1; box <= 4; ++box)
+        view.setText(Ctl::TextDefinition, box, QString());
+    m_definitionRead = {};
+    if (const long count = ctx.state.maxItems[ctx.state.currentKind]; count > 0)
+        setStatus(QStringLiteral("Type an item number from 1 to %1 to show an item").arg(count));
+}
+
+// Stores what is pending; `quiet`: a failure is only logged, as a question follows.
+bool EditorForm::storePending(bool quiet)
+{
+    const bool before = std::exchange(m_quietFailures, quiet);
+    Menu_GotFocus();
+    m_quietFailures = before;
+    return !m_dirty;
+}
+
+// Typed text must not vanish under a newly read item: it is stored first,
+// under the item it was typed for, and while that fails the translator decides.
 bool EditorForm::mayReplaceInput()
 {
-    if (!m_dirty)
-        return true;
-    Menu_GotFocus();
-    if (!m_dirty)
-        return true;
-    const Answer a = showMessage(
-        ctx, QStringLiteral("The text you typed could not be stored.") + LFCR + QStringLiteral("Discard it and go on?"),
-        Buttons::YesNo, Icon::Exclamation, QStringLiteral("Text not stored"));
-    if (a != Answer::Yes)
-        return false;
-    m_dirty = false;
-    m_pendingFocus = 0;
+    while (m_dirty && !storePending(true)) {
+        QString what = pendingWhat();
+        what[0] = what[0].toUpper();
+        const Answer a =
+            showMessage(ctx,
+                        what + QStringLiteral(" is not stored yet because ") + m_failureReason + QLatin1Char('.') +
+                            LFCR + QStringLiteral("Retry tries again, Discard gives the text up, Cancel stays with ") +
+                            pendingItem() + QLatin1Char('.'),
+                        Buttons::RetryDiscardCancel, Icon::Exclamation, QStringLiteral("Text not stored"));
+        if (a == Answer::Discard) {
+            m_dirty = false;
+            m_pendingFocus = 0;
+        } else if (a != Answer::Retry) {
+            return false;
+        }
+    }
     return true;
 }
 
@@ -454,7 +491,6 @@ void EditorForm::rebuild()
 void EditorForm::MenuAlarms_Click()
 {
     try {
-        Menu_GotFocus();
         if (!mayReplaceInput())
             return;
         ctx.state.currentKind = KindAlarms;
@@ -467,7 +503,6 @@ void EditorForm::MenuAlarms_Click()
 void EditorForm::MenuWarnings_Click()
 {
     try {
-        Menu_GotFocus();
         if (!mayReplaceInput())
             return;
         ctx.state.currentKind = KindWarnings;
@@ -480,7 +515,6 @@ void EditorForm::MenuWarnings_Click()
 void EditorForm::MenuMaterialChange_Click()
 {
     try {
-        Menu_GotFocus();
         if (!mayReplaceInput() || !ctx.state.materialChangePresent)
             return;
         ctx.state.currentKind = KindMaterialChange;
@@ -493,7 +527,6 @@ void EditorForm::MenuMaterialChange_Click()
 void EditorForm::MenuMachineSelection_Click()
 {
     try {
-        Menu_GotFocus();
         if (!mayReplaceInput())
             return;
         view.showMachineSelection();
@@ -506,7 +539,6 @@ void EditorForm::MenuMachineSelection_Click()
 void EditorForm::MenuChangeDatabase_Click()
 {
     try {
-        Menu_GotFocus();
         if (!mayReplaceInput())
             return;
         const QString picked = ConnectToDB_Helptext(ctx);
@@ -537,12 +569,12 @@ void EditorForm::MenuConvertToSqlite_Click()
 void EditorForm::MenuLanguage_Click()
 {
     try {
-        Menu_GotFocus();
         if (ctx.forms && ctx.forms->available(FormId::Languages)) {
             if (mayReplaceInput())
                 SwitchForm(ctx, FormId::Edit, FormId::Languages);
             return;
         }
+        Menu_GotFocus();
         showMessage(ctx,
                     QStringLiteral("Languages are created, repaired and deleted in the language form, which this "
                                    "version of the program does not have yet."),
@@ -604,16 +636,9 @@ void EditorForm::Form_Unload(bool &cancel)
             cancel = true;
             return;
         }
-        Menu_GotFocus();
-        if (m_dirty) {
-            const Answer a = showMessage(ctx,
-                                         QStringLiteral("The text you typed could not be stored.") + LFCR +
-                                             QStringLiteral("Close all the same and lose it?"),
-                                         Buttons::YesNo, Icon::Exclamation, QStringLiteral("Text not stored"));
-            if (a != Answer::Yes) {
-                cancel = true;
-                return;
-            }
+        if (!mayReplaceInput()) {
+            cancel = true;
+            return;
         }
         SetFormDefaults();
         m_closing = true;

@@ -33,11 +33,23 @@ struct EditorSelection {
     long firstItemID = 1; // the machine's first definition ID: item n has ID n + firstItemID - 1
 };
 
+// The item the destination boxes were filled for. What is typed there is
+// stored under it, whatever the lists show by the time a save succeeds.
+struct ItemAddress {
+    QString machine;
+    int kind = 0;
+    int number = 0; // 0: no item can be typed for
+    long id = 0;    // its database ID
+    QString language, languageNumber;
+};
+
 // One item's texts in one language: SQL with its values bound.
 struct TextQuery {
     QString sql;
     QVariantList params;
 };
+// The texts of item `id` of `kind` in language number `language`.
+TextQuery textQuery(int kind, long id, const QString &language);
 
 // The stored one-line form shown as lines: "/" and "/ " become line breaks (CR LF).
 QString slashesToLineBreaks(const QString &text);
@@ -111,7 +123,9 @@ class EditorForm
     void fillItemNumbers();
     void chooseLanguages();
     void showItem();
+    void showNoItem();
     bool mayReplaceInput();
+    bool storePending(bool quiet);
     void restoreShownSelection();
     void rebuild();
     void runPages(bool wholeKinds, const std::function<void()> &run);
@@ -122,8 +136,10 @@ class EditorForm
     void showFontError();
     QString pagePath() const;
     QString boxText(int index) const;
-    void writeDefinition(Database &db);
-    void reportWriteFailure(const QString &procedure, const QString &reason);
+    void writeDefinition(Database &db, long id);
+    void reportWriteFailure(const QString &procedure, const std::exception &e, bool addingRow);
+    QString pendingItem() const;
+    QString pendingWhat() const;
     void findUntranslated(int direction);
     QList<int> untranslatedNumbers();
     void refreshStatus();
@@ -138,12 +154,14 @@ class EditorForm
     bool m_dirty = false;
     int m_pendingFocus = 0; // 1..3 TextDestination, 4..7 TextDefinition 1..4
     bool m_writeFailed = false;
+    bool m_quietFailures = false; // a failed save is told in the question that follows
+    QString m_failureReason;      // why the last save failed, in the user's words
     bool m_destinationEditable = false;
     bool m_defaultsRead = false;
     bool m_sourceFontError = false, m_destinationFontError = false;
     bool m_closeWhenRunEnds = false;
     bool m_closing = false;
-    QString m_destinationNumber;             // the destination language's number in the help-text database
+    ItemAddress m_shownItem;
     std::array<QString, 4> m_definitionRead; // Sensor, Cam, CPU, Rejects as read
     // What the boxes show, so that a refused change can go back to it.
     QString m_shownNumber, m_shownSource, m_shownDestination;

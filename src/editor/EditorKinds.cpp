@@ -26,11 +26,11 @@ const EditorKind &editorKind(int kind)
          QStringLiteral("Function"),
          QStringLiteral("MaxLenWarning"),
          false},
-        // Material change deliberately takes its first ID from the alarms, so
-        // that both lists of a machine start at the same ID.
+        // Material change counts from the machine's own block of
+        // MaterialChangeDefinition, the rows its import bound and its pages are written from.
         {KindMaterialChange,
          QStringLiteral("MaterialChange"),
-         QStringLiteral("Alarm"),
+         QStringLiteral("MaterialChange"),
          QStringLiteral("MaterialChangeText"),
          QStringLiteral("MaterialChange_ID"),
          {QStringLiteral("Text")},

@@ -6,6 +6,7 @@
 #include "common/Context.h"
 #include "common/ErrorLog.h"
 #include "common/Platform.h"
+#include "common/SafePathName.h"
 #include "database/Database.h"
 #include "database/LanguageLookup.h"
 #include "editor/EditorKinds.h"
@@ -13,7 +14,6 @@
 #include "editor/KeyboardLayouts.h"
 #include "editor/LoadingGuard.h"
 #include "html/HtmlTextFile.h"
-#include "common/SafePathName.h"
 
 #include <cmath>
 #include <optional>
@@ -90,11 +90,11 @@ QString slashesToLineBreaks(const QString &text)
     return out;
 }
 
-TextQuery EditorForm::GetSQLForTextTable(const QString &language) const
+TextQuery textQuery(int kind, long itemId, const QString &language)
 {
-    const QVariant id = QVariant::fromValue(qlonglong(itemID()));
+    const QVariant id = QVariant::fromValue(qlonglong(itemId));
     const QVariant lang = QVariant::fromValue(language.toLongLong());
-    switch (ctx.state.currentKind) {
+    switch (kind) {
     case KindWarnings:
         return {QStringLiteral("SELECT WarningText.Warning_ID, WarningText.Language, WarningText.Function From "
                                "WarningText WHERE (((WarningText.Warning_ID)=?) AND ((WarningText.Language)=?));"),
@@ -110,6 +110,11 @@ TextQuery EditorForm::GetSQLForTextTable(const QString &language) const
                                "?;"),
                 {lang, id}};
     }
+}
+
+TextQuery EditorForm::GetSQLForTextTable(const QString &language) const
+{
+    return textQuery(ctx.state.currentKind, itemID(), language);
 }
 
 QStringList EditorForm::readTexts(Database &db, const QString &language) const
@@ -128,6 +133,7 @@ void EditorForm::setTextBoxes(Ctl side, const QStringList &texts)
     for (qsizetype i = 0; i < k.textBoxes.size(); ++i) {
         view.setText(side, k.textBoxes[i], texts.value(i));
         SingleLineToMultiLine(side, k.textBoxes[i]);
+        view.clearUndo(side, k.textBoxes[i]); // undo never reaches back into another item
     }
 }
 
@@ -217,12 +223,15 @@ void EditorForm::Destination_Read()
                 QStringLiteral("HTML file modified by Costumer."),
                 QStringLiteral("Harko-Settings will be displayed on  \"Source\" side of this page."),
                 QStringLiteral("To reset original values delete file ") + path + QStringLiteral("!")};
+            m_shownItem = {};
             if (kind().textBoxes.size() == 3) {
                 for (int box = 1; box <= 3; ++box)
                     view.setText(Ctl::TextDestination, box, notice[box - 1]);
             } else {
                 view.setText(Ctl::TextDestination, 3, notice.join(QStringLiteral("\r\n"))); // the only box shown
             }
+            for (int box = 1; box <= 3; ++box)
+                view.clearUndo(Ctl::TextDestination, box);
             for (int box = 1; box <= 4; ++box)
                 view.setText(Ctl::TextDefinition, box, QString());
             m_definitionRead = {};
@@ -237,8 +246,10 @@ void EditorForm::Destination_Read()
             !applyFont(Ctl::TextDestination, language ? &*language : nullptr, english ? &*english : nullptr);
         showFontError();
         if (language)
-            view.activateKeyboardLayout(language->layout, keyboardLayoutText(language->layout, name));
-        m_destinationNumber = language ? language->number : QString();
+            view.activateKeyboardLayout(keyboardLayoutId(language->layout), keyboardLayoutText(language->layout, name));
+        m_shownItem = {};
+        if (language)
+            m_shownItem = {m_selection.machine, ctx.state.currentKind, itemNumber(), itemID(), name, language->number};
         setTextBoxes(Ctl::TextDestination, language ? readTexts(*db, language->number) : QStringList());
         Definition_Read();
     } catch (const std::exception &e) {

@@ -65,9 +65,11 @@ class EditorView
     virtual void setText(Ctl c, int index, const QString &text) = 0;
     virtual QString text(Ctl c, int index) const = 0;
     virtual void setItems(Ctl c, const QStringList &items) = 0; // a list's entries, nothing selected
+    // A text box filled for another item: Ctrl+Z must not bring back what it showed before.
+    virtual void clearUndo(Ctl c, int index) = 0;
     virtual void setVisible(Ctl c, int index, bool visible) = 0;
     virtual void setEnabled(Ctl c, int index, bool enabled) = 0; // a menu entry is available or not
-    virtual void setLocked(Ctl c, int index, bool locked) = 0;   // a text box refuses typing
+    virtual void setLocked(Ctl c, int index, bool locked) = 0;   // a text box refuses typing, and looks it
     virtual bool hasFocus(Ctl c, int index) const = 0;
     virtual int cursorPosition(Ctl c, int index) const = 0;
     virtual void setCursorPosition(Ctl c, int index, int position) = 0;

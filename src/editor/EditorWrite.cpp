@@ -5,11 +5,14 @@
 #include "common/Context.h"
 #include "common/ErrorLog.h"
 #include "common/Messages.h"
+#include "common/Platform.h"
 #include "common/StringUtils.h"
 #include "database/Database.h"
 #include "editor/EditorKinds.h"
 #include "editor/LoadingGuard.h"
 #include "html/HtmlWriter.h"
+
+#include <QFileInfo>
 
 namespace ht
 {
@@ -94,31 +97,34 @@ QString EditorForm::boxText(int index) const
     return view.text(Ctl::TextDestination, index);
 }
 
+// The boxes are stored under the item they were filled for (m_shownItem), never
+// under what the item number box or the lists show by now.
 void EditorForm::DataBase_Write(int &result)
 {
     result = -1;
     m_writeFailed = false;
-    const QString destination = view.text(Ctl::ComboLanguageDestination);
-    if (!m_destinationEditable || destination.isEmpty() || m_destinationNumber.isEmpty() || itemNumber() == 0)
+    const ItemAddress &item = m_shownItem;
+    if (!m_destinationEditable || item.number == 0 || item.languageNumber.isEmpty())
         return;
+    bool adding = false;
     try {
         auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadWrite);
         Database::Transaction transaction(*db);
-        const TextQuery q = GetSQLForTextTable(m_destinationNumber);
-        const bool exists = db->query(q.sql, q.params).recordCount() >= 1;
-        const EditorKind &k = kind();
+        const TextQuery q = textQuery(item.kind, item.id, item.languageNumber);
+        adding = db->query(q.sql, q.params).recordCount() < 1;
+        const EditorKind &k = editorKind(item.kind);
         // Device and Result are stored on one line; the long text keeps its line breaks.
         QVariantList values;
         for (qsizetype i = 0; i < k.textFields.size(); ++i) {
             const int box = k.textBoxes[i];
             values << (box == 3 ? boxText(box) : ht::SingleLineToMultiLine(ctx, boxText(box)));
         }
-        const QVariant id = QVariant::fromValue(qlonglong(itemID()));
-        const QVariant language = QVariant::fromValue(m_destinationNumber.toLongLong());
+        const QVariant id = QVariant::fromValue(qlonglong(item.id));
+        const QVariant language = QVariant::fromValue(item.languageNumber.toLongLong());
         QStringList columns;
         for (const QString &field : k.textFields)
             columns << field + QStringLiteral(" = ?");
-        if (exists) {
+        if (!adding) {
             db->exec(QStringLiteral("UPDATE %1 SET %2 WHERE %3 = ? AND Language = ?")
                          .arg(k.textTable, columns.join(QStringLiteral(", ")), k.textId),
                      values + QVariantList{id, language});
@@ -129,19 +135,19 @@ void EditorForm::DataBase_Write(int &result)
                      QVariantList{id, language} + values);
         }
         if (k.definitions)
-            writeDefinition(*db);
+            writeDefinition(*db, item.id);
         transaction.commit();
         result = 1;
     } catch (const std::exception &e) {
-        reportWriteFailure(QStringLiteral("DataBase_Write"), QString::fromUtf8(e.what()));
+        reportWriteFailure(QStringLiteral("DataBase_Write"), e, adding);
     }
 }
 
 // Only the values the translator changed are written, so that a value
 // another editor changed meanwhile is not set back.
-void EditorForm::writeDefinition(Database &db)
+void EditorForm::writeDefinition(Database &db, long itemId)
 {
-    const QVariant id = QVariant::fromValue(qlonglong(itemID()));
+    const QVariant id = QVariant::fromValue(qlonglong(itemId));
     const Recordset rs = db.query(
         QStringLiteral("SELECT AlarmDefinition.AlarmID, AlarmDefinition.MachineType, AlarmDefinition.AlarmNo, "
                        "AlarmDefinition.Sensor, AlarmDefinition.Cam, AlarmDefinition.CPU, AlarmDefinition.Rejects "
@@ -163,27 +169,63 @@ void EditorForm::writeDefinition(Database &db)
 void EditorForm::Definition_Write()
 {
     try {
-        if (kind().definitions && itemNumber() > 0) {
+        if (editorKind(m_shownItem.kind).definitions && m_shownItem.number > 0) {
             auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadWrite);
             Database::Transaction transaction(*db);
-            writeDefinition(*db);
+            writeDefinition(*db, m_shownItem.id);
             transaction.commit();
         }
     } catch (const std::exception &e) {
-        reportWriteFailure(QStringLiteral("Definition_Write"), QString::fromUtf8(e.what()));
+        reportWriteFailure(QStringLiteral("Definition_Write"), e, false);
     }
 }
 
-// The translator hears of it at once, and the text stays in its box.
-void EditorForm::reportWriteFailure(const QString &procedure, const QString &reason)
+// "alarm 1": the item a pending text belongs to.
+QString EditorForm::pendingItem() const
+{
+    static const char *const singular[] = {"alarm", "warning", "material change"};
+    const int k = m_shownItem.kind >= KindAlarms && m_shownItem.kind <= KindMaterialChange ? m_shownItem.kind : 1;
+    return QLatin1String(singular[k - 1]) + QLatin1Char(' ') + QString::number(m_shownItem.number);
+}
+
+// "the Greek text of alarm 1": what a failed save concerns.
+QString EditorForm::pendingWhat() const
+{
+    return QStringLiteral("the ") + m_shownItem.language + QStringLiteral(" text of ") + pendingItem();
+}
+
+// The translator is told in one sentence what happened and what to do; the
+// driver's words and the SQL go to the error log only.
+void EditorForm::reportWriteFailure(const QString &procedure, const std::exception &e, bool addingRow)
 {
     m_writeFailed = true;
-    const QString what = view.text(Ctl::ComboLanguageDestination) + QStringLiteral(" text of ") + kind().word +
-                         QLatin1Char(' ') + QString::number(itemNumber());
-    LogError(ctx, procedure + QStringLiteral(": the ") + what + QStringLiteral(" could not be stored: ") + reason);
+    const QString &path = ctx.state.helpTextDB;
+    QString remedy;
+    if (dynamic_cast<const DbBusy *>(&e)) {
+        m_failureReason = QStringLiteral("another program is using the database");
+        remedy = QStringLiteral("leave the box again once that program is done with it");
+    } else if (!fileExists(path)) {
+        m_failureReason = QStringLiteral("the database file cannot be found");
+        remedy = QStringLiteral("bring the file back, then leave the box again");
+    } else if (!QFileInfo(path).isWritable()) {
+        m_failureReason = QStringLiteral("the database file is read-only");
+        remedy = QStringLiteral("make the file writable, then leave the box again");
+    } else if (addingRow && detectDatabaseFormat(path) == DbFormat::Jet) {
+        m_failureReason = QStringLiteral("this Access file cannot take a new text row yet");
+        remedy = QStringLiteral("convert the database to SQLite (File menu) to store it");
+    } else {
+        m_failureReason = QStringLiteral("the database refused it (the error log has the details)");
+        remedy = QStringLiteral("leave the box again to try once more");
+    }
+    QString what = pendingWhat();
+    LogError(ctx, procedure + QStringLiteral(": ") + what + QStringLiteral(" could not be stored in ") + path +
+                      QStringLiteral(": ") + QString::fromUtf8(e.what()));
+    if (m_quietFailures)
+        return;
+    what[0] = what[0].toUpper();
     showMessage(ctx,
-                QStringLiteral("The ") + what + QStringLiteral(" could not be stored:") + LFCR + reason + LFCR + LFCR +
-                    QStringLiteral("It is still in its box and is stored when you leave the box again."),
+                what + QStringLiteral(" could not be stored because ") + m_failureReason +
+                    QStringLiteral("; it stays in its box: ") + remedy + QLatin1Char('.'),
                 Buttons::OK, Icon::Critical, QStringLiteral("Text not stored"));
 }
 
@@ -191,20 +233,20 @@ void EditorForm::InitHTML_Write()
 {
     try {
         const AppState &s = ctx.state;
-        const int k = s.currentKind;
+        const int k = m_shownItem.kind;
         const bool wanted = k == KindAlarms     ? s.generateAfterEditAlarm
                             : k == KindWarnings ? s.generateAfterEditWarnings
                                                 : s.generateAfterEditMaterialChange;
-        const QString machine = view.text(Ctl::LabelMachine);
-        const QString language = view.text(Ctl::ComboLanguageDestination);
-        if (!wanted || s.helpMainDir.isEmpty() || machine != m_selection.machine || language.isEmpty() ||
-            itemNumber() == 0)
+        // The page of the item just stored, which need not be the one shown by now.
+        const ItemAddress item = m_shownItem;
+        if (!wanted || s.helpMainDir.isEmpty() || item.machine.isEmpty() || item.language.isEmpty() || item.number == 0)
             return;
         bool alarms = k == KindAlarms, warnings = k == KindWarnings, materialChange = k == KindMaterialChange;
         // One page is quick: the form takes no events meanwhile, rather than
         // being closed to them with the focus taken from the box it is in.
         runPages(false, [&] {
-            WriteHTMLPage(ctx, view.statusTarget(), alarms, warnings, materialChange, machine, language, itemNumber());
+            WriteHTMLPage(ctx, view.statusTarget(), alarms, warnings, materialChange, item.machine, item.language,
+                          item.number);
         });
         refreshStatus();
     } catch (const std::exception &e) {

@@ -1,5 +1,7 @@
 #include "editor/KeyboardLayouts.h"
 
+#include <algorithm>
+
 namespace ht
 {
 
@@ -71,16 +73,31 @@ constexpr Layout kLayouts[] = {
 
 } // namespace
 
+QString keyboardLayoutId(const QString &stored)
+{
+    const QString text = stored.trimmed();
+    bool ok = false;
+    quint32 value = 0;
+    const bool hexadecimal =
+        text.size() == 8 && (text.startsWith(QLatin1Char('0')) ||
+                             std::any_of(text.begin(), text.end(), [](QChar c) { return !c.isDigit(); }));
+    if (hexadecimal)
+        value = text.toUInt(&ok, 16);
+    else if (!text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar c) { return c >= u'0' && c <= u'9'; }))
+        value = text.toUInt(&ok, 10);
+    if (!ok || value == 0)
+        return {};
+    return QStringLiteral("%1").arg(value, 8, 16, QLatin1Char('0')).toUpper();
+}
+
 QString keyboardLayoutText(const QString &layoutId, const QString &language)
 {
-    const QString id = layoutId.trimmed();
     const QString lead = QStringLiteral("Keyboard for ") + language + QStringLiteral(": ");
-    if (id.isEmpty())
+    if (layoutId.trimmed().isEmpty())
         return lead + QStringLiteral("no layout set");
-    bool ok = false;
-    const unsigned long value = id.toULong(&ok, 16);
-    if (ok) {
-        const unsigned short languageId = value & 0xFFFF;
+    const QString id = keyboardLayoutId(layoutId);
+    if (!id.isEmpty()) {
+        const unsigned short languageId = id.toUInt(nullptr, 16) & 0xFFFF;
         for (const Layout &l : kLayouts) {
             if (l.languageId != languageId)
                 continue;
@@ -90,7 +107,7 @@ QString keyboardLayoutText(const QString &layoutId, const QString &language)
             return text + QLatin1Char(')');
         }
     }
-    return lead + QStringLiteral("layout ") + id;
+    return lead + QStringLiteral("layout ") + layoutId.trimmed();
 }
 
 } // namespace ht

@@ -4,6 +4,7 @@
 #include "common/IniFile.h"
 #include "database/jet/JetCheck.h"
 #include "editor/EditorForm.h"
+#include "editor/KeyboardLayouts.h"
 
 #include <QFile>
 
@@ -43,9 +44,10 @@ template <bool OnAccessFile> class EditorOn : public ::testing::Test
         view.focused = {Ctl::MenuExit, -1};
         box == Ctl::TextDestination ? form.TextDestination_LostFocus(index) : form.TextDefinition_LostFocus(index);
     }
-    QString greekFunction(int alarmId)
+    QString greekFunction(int alarmId) { return greek("Function", alarmId); }
+    QString greek(const char *field, int alarmId)
     {
-        return w.value("SELECT Function FROM AlarmText WHERE Alarm_ID = ? AND Language = 1032", {alarmId});
+        return w.value(QString("SELECT %1 FROM AlarmText WHERE Alarm_ID = ? AND Language = 1032").arg(field), {alarmId});
     }
 };
 using Editor = EditorOn<false>;
@@ -119,6 +121,14 @@ TEST_F(Editor, TypedItemNumbersAreCorrected)
         form.ComboIndex_KeyDown(0);
         EXPECT_EQ(view.shown(Ctl::ComboIndex), c.corrected) << c.typed;
     }
+    // Blanks around a number are no part of it.
+    for (const char *typed : {" 2", "2 ", " 2 "}) {
+        go("1");
+        view.setText(Ctl::ComboIndex, typed);
+        form.ComboIndex_KeyDown(0);
+        EXPECT_EQ(view.shown(Ctl::TextSource, 1), "Main drive\r\nBrake") << typed;
+        EXPECT_EQ(form.itemID(), 2) << typed;
+    }
     go("2");
     EXPECT_EQ(view.shown(Ctl::TextSource, 1), "Main drive\r\nBrake"); // every key press shows the item
     ui.push(QString("999"));                                          // Ctrl+G corrects the same way
@@ -126,14 +136,60 @@ TEST_F(Editor, TypedItemNumbersAreCorrected)
     EXPECT_EQ(view.shown(Ctl::ComboIndex), "256");
 }
 
-TEST_F(Editor, MaterialChangeIsNumberedFromTheMachinesFirstAlarm)
+// While the item number box names no item, no box can be typed into: nothing
+// typed there could be stored under an item.
+TEST_F(Editor, WithoutAnItemNumberNothingCanBeTyped)
+{
+    open();
+    for (const char *typed : {"", "  ", "2.", "1e2"}) {
+        go("1");
+        view.setText(Ctl::ComboIndex, typed);
+        form.ComboIndex_KeyDown(0);
+        EXPECT_EQ(view.shown(Ctl::ComboIndex), typed);
+        EXPECT_TRUE(view.at(Ctl::TextDestination, 3).locked && view.at(Ctl::TextDefinition, 1).locked) << typed;
+        EXPECT_EQ(view.shown(Ctl::TextDestination, 3) + view.shown(Ctl::TextSource, 1), "") << typed;
+        EXPECT_EQ(view.status.text, "Type an item number from 1 to 256 to show an item");
+    }
+    go("2");
+    EXPECT_FALSE(view.at(Ctl::TextDestination, 3).locked);
+}
+
+// A machine's material changes are its own rows of MaterialChangeDefinition,
+// which its import bound and its pages are written from.
+TEST_F(Editor, MaterialChangeOfTheSecondMachineUsesItsOwnRows)
 {
     open();
     form.selection().machine = "FL220";
     form.MenuMaterialChange_Click();
-    EXPECT_EQ(form.selection().firstItemID, 257); // FL220's alarms begin at 257, its material changes at 1001
-    EXPECT_EQ(w.t.ctx.state.maxItems[KindMaterialChange], 1000);
-    EXPECT_EQ(form.itemID(), 257);
+    EXPECT_EQ(form.selection().firstItemID, 1001);
+    EXPECT_EQ(form.itemID(), 1001);
+    EXPECT_EQ(view.shown(Ctl::TextSource, 3), "Change the bottle size at the star wheel.");
+    type(Ctl::TextDestination, 3, "Αλλαγή μεγέθους φιάλης");
+    leave();
+    const QString sql = "SELECT Text FROM MaterialChangeText WHERE MaterialChange_ID = ? AND Language = 1032";
+    EXPECT_EQ(w.value(sql, {1001}), "Αλλαγή μεγέθους φιάλης");
+    EXPECT_EQ(w.value(sql, {257}), ""); // CT400's material change 257
+}
+
+// KBLayout holds the language identifier as a decimal number or as Windows
+// writes a layout identifier: eight hexadecimal digits.
+TEST_F(Editor, KeyboardLayoutsAreReadInBothForms)
+{
+    const struct {
+        const char *stored, *id, *named;
+    } cases[] = {{"00000408", "00000408", "Greek"},     {"1032", "00000408", "Greek"},
+                 {" 1049 ", "00000419", "Russian"},     {"0000040C", "0000040C", "French"},
+                 {"00001032", "00001032", "layout"},    {"00010409", "00010409", "English (US)"},
+                 {"66569", "00010409", "English (US)"}, {"Greek", "", "layout"}};
+    for (const auto &c : cases) {
+        EXPECT_EQ(keyboardLayoutId(c.stored), c.id) << c.stored;
+        EXPECT_TRUE(keyboardLayoutText(c.stored, "Greek").startsWith(QString("Keyboard for Greek: ") + c.named))
+            << c.stored << " " << qPrintable(keyboardLayoutText(c.stored, "Greek"));
+    }
+    w.exec("UPDATE Language SET KBLayout = '1032' WHERE Name = 'Greek'");
+    open();
+    EXPECT_EQ(view.layoutId, "00000408");
+    EXPECT_EQ(view.keyboard, "Keyboard for Greek: Greek (00000408, X11 layout \"gr\")");
 }
 
 TEST_F(Editor, RememberedPositionOnlyForAMachineAndLanguageThatExist)
@@ -226,9 +282,10 @@ TEST_F(Editor, PageIsWrittenAgainOnlyWhenTheKindsSettingIsOn)
     }
 }
 
-// The database gone or held by another program: the translator hears of it,
-// keeps the text, and it is stored once the database can be had again.
-TEST_F(Editor, AFailedSaveKeepsTheTextAndSaysWhy)
+// The database gone or held by another program: the translator hears of it in
+// plain words, keeps the text, and it is stored under its own item once the
+// database can be had again, whatever item is asked for by then.
+TEST_F(Editor, AFailedSaveIsStoredUnderItsOwnItemLater)
 {
     const QString db = w.db(), away = w.t.path("away.mdb");
     std::unique_ptr<Database> other;
@@ -236,8 +293,9 @@ TEST_F(Editor, AFailedSaveKeepsTheTextAndSaysWhy)
         const char *name, *reason;
         std::function<void()> breakIt, mend;
     } cases[] = {
-        {"deleted", "Database file not found", [&] { QFile::rename(db, away); }, [&] { QFile::rename(away, db); }},
-        {"locked", "in use by another program",
+        {"deleted", "the database file cannot be found", [&] { QFile::rename(db, away); },
+         [&] { QFile::rename(away, db); }},
+        {"locked", "another program is using the database",
          [&] {
              other = Database::open(db);
              other->exec("BEGIN EXCLUSIVE");
@@ -246,25 +304,37 @@ TEST_F(Editor, AFailedSaveKeepsTheTextAndSaysWhy)
     };
     Database::setBusyTimeout(50);
     open();
+    const QString deviceOf2 = greek("Device", 2);
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
         ui.shown.clear();
-        type(Ctl::TextDestination, 3, QString("Kept ") + c.name);
+        go("1");
+        const QString typed = QString("Kept ") + c.name;
+        type(Ctl::TextDestination, 1, typed);
         c.breakIt();
         leave();
         ASSERT_EQ(ui.messageTexts().size(), 1);
-        EXPECT_TRUE(ui.messageTexts()[0].contains(c.reason)) << qPrintable(ui.messageTexts()[0]);
-        EXPECT_EQ(view.shown(Ctl::TextDestination, 3), QString("Kept ") + c.name);
-        EXPECT_TRUE(form.hasUnsavedInput());
+        EXPECT_TRUE(ui.messageTexts()[0].startsWith(QString("The Greek text of alarm 1 could not be stored because ") +
+                                                    c.reason + "; it stays in its box: "))
+            << qPrintable(ui.messageTexts()[0]);
+        EXPECT_FALSE(ui.messageTexts()[0].contains('\n')); // one sentence; the driver's words go to the log
+        EXPECT_TRUE(w.t.errorLog().contains("DataBase_Write: the Greek text of alarm 1 could not be stored"));
+        EXPECT_EQ(view.shown(Ctl::TextDestination, 1), typed);
         // Moving on tries again, then asks; unanswered, the item and its text stay.
         go("2");
-        EXPECT_EQ(ui.shown.back().text, "The text you typed could not be stored.\n\rDiscard it and go on?");
+        EXPECT_EQ(ui.shown.back().buttons, Buttons::RetryDiscardCancel);
+        EXPECT_EQ(ui.shown.back().text, QString("The Greek text of alarm 1 is not stored yet because ") + c.reason +
+                                            ".\n\rRetry tries again, Discard gives the text up, Cancel stays with "
+                                            "alarm 1.");
         EXPECT_EQ(view.shown(Ctl::ComboIndex), "1");
-        EXPECT_EQ(view.shown(Ctl::TextDestination, 3), QString("Kept ") + c.name);
+        EXPECT_EQ(view.shown(Ctl::TextDestination, 1), typed);
         c.mend();
-        view.focused = {Ctl::TextDestination, 3};
-        leave();
-        EXPECT_EQ(greekFunction(1), QString("Kept ") + c.name);
+        go("2"); // stored under alarm 1, and alarm 2 shown
+        EXPECT_EQ(greek("Device", 1), typed);
+        EXPECT_EQ(greek("Device", 2), deviceOf2);
+        EXPECT_EQ(greek("Function", 2), "");
+        EXPECT_FALSE(QFile::exists(w.page("CT400/Alarms/Greek/2.html")));
+        EXPECT_EQ(view.shown(Ctl::TextSource, 1), "Main drive\r\nBrake");
         EXPECT_FALSE(form.hasUnsavedInput());
     }
     Database::setBusyTimeout(5000);
@@ -327,9 +397,15 @@ TEST_F(AccessEditor, TextsAndDefinitionsAreStoredInTheAccessFileItself)
     type(Ctl::TextDestination, 3, "Υπερφόρτωση");
     leave();
     ASSERT_EQ(ui.messageTexts().size(), 1);
-    EXPECT_TRUE(ui.messageTexts()[0].contains("Adding rows to table AlarmText cannot be done in an Access file yet"))
-        << qPrintable(ui.messageTexts()[0]);
+    EXPECT_EQ(ui.messageTexts()[0], "The Greek text of alarm 2 could not be stored because this Access file cannot "
+                                    "take a new text row yet; it stays in its box: convert the database to SQLite "
+                                    "(File menu) to store it.");
     EXPECT_EQ(view.shown(Ctl::TextDestination, 3), "Υπερφόρτωση");
+    // Going back to alarm 1, which has a row, never stores alarm 2's text there.
+    go("1");
+    EXPECT_EQ(ui.shown.back().buttons, Buttons::RetryDiscardCancel);
+    EXPECT_EQ(greekFunction(1), "Ο κινητήρας υπερθερμαίνεται");
+    EXPECT_EQ(view.shown(Ctl::ComboIndex), "2");
 
     // Converted to SQLite on request, the text is stored there; the Access file stays as it was.
     const QByteArray access = test::readFileBytes(w.db());
@@ -346,6 +422,51 @@ TEST_F(AccessEditor, TextsAndDefinitionsAreStoredInTheAccessFileItself)
     EXPECT_EQ(sqlite->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 1 AND Language = 1032").text("Function"),
               "Ο κινητήρας υπερθερμαίνεται");
     EXPECT_EQ(test::readFileBytes(w.db()), access);
+}
+
+// Every way of moving on asks while a save fails (alarm 2 has no row the Access
+// file could take): Retry tries again, Discard moves on without the text,
+// Cancel stays with everything as it was.
+TEST_F(AccessEditor, WhileASaveFailsMovingOnAsksFirst)
+{
+    using View = test::HeadlessEditorView;
+    const struct {
+        const char *name;
+        std::function<void(EditorForm &, View &)> move;
+    } moves[] = {
+        {"item", [](EditorForm &f, View &v) { v.setText(Ctl::ComboIndex, "1"), f.ComboIndex_KeyDown(13); }},
+        {"kind", [](EditorForm &f, View &) { f.MenuWarnings_Click(); }},
+        {"language",
+         [](EditorForm &f, View &v) {
+             v.setText(Ctl::ComboLanguageDestination, "Russian"), f.ComboLanguageDestination_Click();
+         }},
+        {"machine", [](EditorForm &f, View &) { f.MenuMachineSelection_Click(); }},
+        {"next untranslated", [](EditorForm &f, View &) { f.MenuNextUntranslated_Click(); }},
+    };
+    bool dialogShown = false;
+    view.machineSelection = [&] { dialogShown = true; };
+    open();
+    go("2");
+    type(Ctl::TextDestination, 3, "Σε αναμονή");
+    leave();
+    for (const auto &m : moves) {
+        SCOPED_TRACE(m.name);
+        ui.shown.clear();
+        ui.push(Answer::Retry);
+        ui.push(Answer::Cancel);
+        m.move(form, view);
+        EXPECT_EQ(ui.shown.size(), 2u); // asked again after the retry failed too
+        EXPECT_EQ(w.t.ctx.state.currentKind, KindAlarms);
+        EXPECT_EQ(view.shown(Ctl::ComboIndex) + view.shown(Ctl::ComboLanguageDestination), "2Greek");
+        EXPECT_EQ(view.shown(Ctl::TextDestination, 3), "Σε αναμονή");
+        EXPECT_TRUE(form.hasUnsavedInput());
+        EXPECT_FALSE(dialogShown);
+    }
+    ui.push(Answer::Discard);
+    moves[0].move(form, view);
+    EXPECT_FALSE(form.hasUnsavedInput());
+    EXPECT_EQ(view.shown(Ctl::ComboIndex), "1");
+    EXPECT_EQ(greekFunction(1).left(8), "Η αποθήκ");
 }
 
 } // namespace

@@ -73,7 +73,7 @@ class HeadlessEditorView : public EditorView
     using Key = std::pair<Ctl, int>;
     std::map<Key, Control> controls;
     Key focused{Ctl::MenuExit, -1}; // nothing
-    QString caption, keyboard;
+    QString caption, keyboard, layoutId;
     bool busy = false;
     int closed = 0, infoBoxes = 0;
     std::function<void()> machineSelection = [] {};
@@ -114,7 +114,12 @@ class HeadlessEditorView : public EditorView
     }
     void setCursorPosition(Ctl c, int i, int p) override { at(c, i).cursor = p; }
     void setFont(Ctl c, int i, const BoxFont &f) override { at(c, i).font = f; }
-    void activateKeyboardLayout(const QString &, const QString &t) override { keyboard = t; }
+    void activateKeyboardLayout(const QString &id, const QString &t) override
+    {
+        layoutId = id;
+        keyboard = t;
+    }
+    void clearUndo(Ctl, int) override {}
     void setBusy(bool b) override { busy = b; }
     void showMachineSelection() override { machineSelection(); }
     void showInfoBox() override { ++infoBoxes; }

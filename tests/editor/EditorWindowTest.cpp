@@ -16,6 +16,7 @@
 #include <QPlainTextEdit>
 #include <QPointer>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QStatusBar>
 #include <QTest>
 
@@ -113,6 +114,107 @@ TEST_F(EditorWindowTest, TypedItemNumbersAreCorrectedAtEveryKey)
     number->selectAll();
     QTest::keyClicks(number, "2");
     EXPECT_EQ(find<QPlainTextEdit>("TextSource1")->toPlainText(), "Main drive\nBrake");
+    number->selectAll();
+    QTest::keyClicks(number, " 1"); // a blank first is no item 1 yet
+    EXPECT_EQ(number->text(), " 1");
+    EXPECT_EQ(find<QPlainTextEdit>("TextSource1")->toPlainText(), "Carton magazine");
+}
+
+// The database held by another program while alarm 1's Device is left; once
+// it is free, typing another item number stores the text under alarm 1.
+TEST_F(EditorWindowTest, ATextThatFailedIsStoredUnderItsOwnItemWhenTheNumberChanges)
+{
+    struct ShortWait {
+        ShortWait() { Database::setBusyTimeout(50); }
+        ~ShortWait() { Database::setBusyTimeout(5000); }
+    } shortWait;
+    auto other = Database::open(w.db());
+    other->exec("BEGIN EXCLUSIVE");
+    typeInto(destination(1), "Κρατημένο");
+    QTest::keyClick(destination(1), Qt::Key_Tab);
+    ASSERT_EQ(w.t.ui.messageTexts().size(), 1);
+    other.reset();
+    QLineEdit *number = find<QComboBox>("ComboIndex")->lineEdit();
+    number->setFocus();
+    number->selectAll();
+    QTest::keyClicks(number, "2");
+    EXPECT_EQ(greek("Device", 1), "Κρατημένο");
+    EXPECT_EQ(greek("Device", 2) + greek("Result", 2) + greek("Function", 2), "");
+    EXPECT_FALSE(QFile::exists(w.page("CT400/Alarms/Greek/2.html")));
+    EXPECT_EQ(find<QPlainTextEdit>("TextSource1")->toPlainText(), "Main drive\nBrake");
+    EXPECT_EQ(destination(1)->toPlainText(), "");
+}
+
+TEST_F(EditorWindowTest, UndoNeverReachesBackIntoTheItemBefore)
+{
+    typeInto(destination(3), "Νέο κείμενο");
+    QTest::keyClick(destination(3), Qt::Key_J, Qt::ControlModifier);
+    ASSERT_EQ(find<QComboBox>("ComboIndex")->currentText(), "2");
+    QTest::keyClick(destination(3), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(destination(3)->toPlainText(), "");
+    QTest::keyClick(destination(3), Qt::Key_Tab);
+    EXPECT_EQ(greek("Function", 1), "Νέο κείμενο");
+    EXPECT_EQ(greek("Function", 2), "");
+}
+
+// Boxes that cannot be typed into are drawn as the platform draws read-only boxes.
+TEST_F(EditorWindowTest, BoxesThatCannotBeTypedIntoLookReadOnly)
+{
+    const QColor readOnly = QApplication::palette().color(QPalette::Window);
+    const struct {
+        const char *name;
+        const char *box;
+        std::function<void()> setUp;
+        bool locked;
+    } cases[] = {
+        {"source", "TextSource3", [] {}, true},
+        {"translation", "TextDestination3", [] {}, false},
+        {"page made by hand", "TextDestination3",
+         [&] {
+             test::writeText(w.page("CT400/Alarms/Greek/1.html"), "<html><body>By hand</body></html>");
+             activate();
+         },
+         true},
+        {"no destination language", "TextDefinition1",
+         [&] {
+             QFile::remove(w.page("CT400/Alarms/Greek/1.html"));
+             window->setText(Ctl::ComboLanguageDestination, 0, "");
+             window->logic().ComboIndex_Click();
+         },
+         true},
+        {"no destination language", "TextDestination3", [] {}, true},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        c.setUp();
+        auto *box = find<QWidget>(c.box);
+        auto *text = qobject_cast<QPlainTextEdit *>(box);
+        QWidget *drawn = text ? text->viewport() : box;
+        EXPECT_EQ(text ? text->isReadOnly() : qobject_cast<QLineEdit *>(box)->isReadOnly(), c.locked);
+        EXPECT_EQ(drawn->palette().color(QPalette::Base) == readOnly, c.locked);
+    }
+}
+
+// Device and Result show two lines in the language's own font, any size, without a scroll bar.
+TEST_F(EditorWindowTest, DeviceAndResultShowTwoLinesWithoutAScrollBar)
+{
+    QLineEdit *number = find<QComboBox>("ComboIndex")->lineEdit();
+    number->setFocus();
+    number->selectAll();
+    QTest::keyClicks(number, "2"); // English Device: two lines
+    for (int size : {10, 14, 20, 28}) {
+        SCOPED_TRACE(size);
+        w.exec("UPDATE Language SET Font = ? WHERE Name IN ('English', 'Greek')", {QString("Arial %1 400").arg(size)});
+        activate();
+        window->setText(Ctl::TextDestination, 2, "Πρώτη\r\nΔεύτερη");
+        QApplication::processEvents();
+        for (const char *name : {"TextSource1", "TextDestination2"}) {
+            auto *box = find<QPlainTextEdit>(name);
+            EXPECT_EQ(box->font().pointSize(), size);
+            EXPECT_EQ(box->document()->blockCount(), 2);
+            EXPECT_EQ(box->verticalScrollBar()->maximum(), 0) << name << " " << box->height();
+        }
+    }
 }
 
 TEST_F(EditorWindowTest, AHandMadePageLocksTheItemUntilItIsDeleted)

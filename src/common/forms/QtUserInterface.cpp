@@ -39,6 +39,8 @@ QMessageBox::StandardButtons standardButtons(Buttons buttons)
         return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
     case Buttons::RetryCancel:
         return QMessageBox::Retry | QMessageBox::Cancel;
+    case Buttons::RetryDiscardCancel:
+        return QMessageBox::Retry | QMessageBox::Discard | QMessageBox::Cancel;
     }
     return QMessageBox::Ok;
 }
@@ -73,6 +75,8 @@ Answer toAnswer(int button, Buttons buttons)
         return Answer::No;
     case QMessageBox::Retry:
         return Answer::Retry;
+    case QMessageBox::Discard:
+        return Answer::Discard;
     default:
         return defaultAnswer(buttons); // closed with the window's close box
     }

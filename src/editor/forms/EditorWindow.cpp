@@ -22,6 +22,9 @@
 #include <QTextBlock>
 #include <QVBoxLayout>
 
+#include <algorithm>
+#include <cmath>
+
 #ifdef Q_OS_WIN
 #include <windows.h>
 #endif
@@ -52,11 +55,23 @@ bool isOwnShortcut(const QKeyEvent *e)
     return e->key() == Qt::Key_J || e->key() == Qt::Key_K || e->key() == Qt::Key_G;
 }
 
+// A box that cannot be typed into looks it, as the platform draws read-only
+// boxes: on the window's background, not the base of an editable box.
+void showReadOnly(QWidget *box, bool readOnly)
+{
+    const QPalette platform = QApplication::palette(box);
+    QPalette p = box->palette();
+    for (QPalette::ColorGroup g : {QPalette::Active, QPalette::Inactive, QPalette::Disabled})
+        p.setBrush(g, QPalette::Base, platform.brush(g, readOnly ? QPalette::Window : QPalette::Base));
+    box->setPalette(p);
+}
+
 QPlainTextEdit *textBox(QWidget *parent, const QString &name, bool readOnly)
 {
     auto *box = new QPlainTextEdit(parent);
     box->setObjectName(name);
     box->setReadOnly(readOnly);
+    showReadOnly(box, readOnly);
     box->setTabChangesFocus(true); // the keyboard moves on from box to box
     box->setLineWrapMode(QPlainTextEdit::WidgetWidth);
     if (readOnly)
@@ -210,16 +225,30 @@ QWidget *EditorWindow::buildTexts()
         grid->addWidget(m_labelDestination[i], row, 1);
         grid->addWidget(m_textSource[i], row + 1, 0);
         grid->addWidget(m_textDestination[i], row + 1, 1);
-        // Device and Result are short; the explanation takes the room there is.
-        if (i < 3) {
-            for (QPlainTextEdit *box : {m_textSource[i], m_textDestination[i]})
-                box->setFixedHeight(box->fontMetrics().lineSpacing() * 3 + 12);
-        }
     }
+    fitShortBoxes();
     grid->setRowStretch(7, 1);
     grid->setColumnStretch(0, 1);
     grid->setColumnStretch(1, 1);
     return texts;
+}
+
+// Device and Result are short: their boxes show two lines of their
+// language's font, without a scroll bar; the explanation takes the room there is.
+void EditorWindow::fitShortBoxes()
+{
+    for (int i = 1; i <= 2; ++i) {
+        int height = 0;
+        for (QPlainTextEdit *box : {m_textSource[i], m_textDestination[i]}) {
+            const int margins = int(std::ceil(2 * box->document()->documentMargin())) + 2 * box->frameWidth();
+            // The box lays out each line at the line spacing rounded up; one pixel more, and two to spare.
+            const int line = int(std::ceil(QFontMetricsF(box->font()).lineSpacing()));
+            height = std::max(height, 2 * line + margins + 3);
+        }
+        // Both languages' boxes of a row keep one height, so that the rows stay side by side.
+        for (QPlainTextEdit *box : {m_textSource[i], m_textDestination[i]})
+            box->setFixedHeight(height);
+    }
 }
 
 QWidget *EditorWindow::buildDefinitions()
@@ -512,6 +541,12 @@ void EditorWindow::setItems(Ctl c, const QStringList &items)
     combo->setCurrentIndex(-1);
 }
 
+void EditorWindow::clearUndo(Ctl c, int index)
+{
+    if (auto *box = qobject_cast<QPlainTextEdit *>(widget(c, index)))
+        box->document()->clearUndoRedoStacks();
+}
+
 void EditorWindow::setVisible(Ctl c, int index, bool visible)
 {
     if (QAction *a = m_actions.value(c))
@@ -535,6 +570,8 @@ void EditorWindow::setLocked(Ctl c, int index, bool locked)
         box->setReadOnly(locked);
     else if (auto *line = qobject_cast<QLineEdit *>(w))
         line->setReadOnly(locked);
+    if (w)
+        showReadOnly(w, locked);
 }
 
 bool EditorWindow::hasFocus(Ctl c, int index) const
@@ -578,8 +615,11 @@ void EditorWindow::setFont(Ctl c, int index, const BoxFont &font)
     f.setItalic(font.italic);
     f.setUnderline(font.underline);
     f.setStrikeOut(font.strikeOut);
-    if (f != w->font())
+    if (f != w->font()) {
         w->setFont(f);
+        if ((c == Ctl::TextSource || c == Ctl::TextDestination) && index < 3)
+            fitShortBoxes();
+    }
 }
 
 void EditorWindow::activateKeyboardLayout(const QString &layoutId, const QString &text)

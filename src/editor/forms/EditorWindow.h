@@ -42,6 +42,7 @@ class EditorWindow : public QMainWindow, public EditorView
     void setText(Ctl c, int index, const QString &text) override;
     QString text(Ctl c, int index) const override;
     void setItems(Ctl c, const QStringList &items) override;
+    void clearUndo(Ctl c, int index) override;
     void setVisible(Ctl c, int index, bool visible) override;
     void setEnabled(Ctl c, int index, bool enabled) override;
     void setLocked(Ctl c, int index, bool locked) override;
@@ -69,6 +70,7 @@ class EditorWindow : public QMainWindow, public EditorView
     QWidget *buildTexts();
     QWidget *buildDefinitions();
     void connectEvents();
+    void fitShortBoxes();
     QWidget *widget(Ctl c, int index) const;
     QAction *addMenuAction(QMenu *menu, Ctl c, const QString &name, const QString &text, void (EditorForm::*handler)(),
                            const QKeySequence &shortcut = {});
