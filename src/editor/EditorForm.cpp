@@ -290,7 +290,9 @@ void EditorForm::SetFormDefaults()
         const QString item = QString::number(ctx.state.currentKind);
         SaveIni(ctx, item, kDefaults, QStringLiteral("Item"), ini);
         SaveIni(ctx, item, kDefaults, QStringLiteral("Item"), ini);
-        SaveIni(ctx, view.text(Ctl::ComboIndex), kDefaults, QStringLiteral("Index"), ini);
+        // Closed while the box names no item: the item shown last.
+        const QString index = itemNumber() > 0 ? view.text(Ctl::ComboIndex).trimmed() : m_shownNumber.trimmed();
+        SaveIni(ctx, index, kDefaults, QStringLiteral("Index"), ini);
         SaveIni(ctx, m_selection.machine, kDefaults, QStringLiteral("Machine"), ini);
         SaveIni(ctx, view.text(Ctl::ComboLanguageDestination), kDefaults, QStringLiteral("LanguageDestination"), ini);
     } catch (const std::exception &e) {
@@ -375,6 +377,8 @@ void EditorForm::showItem()
         return restoreShownSelection();
     if (itemNumber() == 0)
         return showNoItem();
+    if (std::exchange(m_noItemHint, false))
+        setStatus(QString());
     if (!view.text(Ctl::ComboLanguageSource).isEmpty())
         Source_Read();
     if (!view.text(Ctl::ComboLanguageDestination).isEmpty()) {
@@ -408,8 +412,10 @@ void EditorForm::showNoItem()
     for (int box = 1; box <= 4; ++box)
         view.setText(Ctl::TextDefinition, box, QString());
     m_definitionRead = {};
-    if (const long count = ctx.state.maxItems[ctx.state.currentKind]; count > 0)
+    if (const long count = ctx.state.maxItems[ctx.state.currentKind]; count > 0) {
         setStatus(QStringLiteral("Type an item number from 1 to %1 to show an item").arg(count));
+        m_noItemHint = true;
+    }
 }
 
 // Stores what is pending; `quiet`: a failure is only logged, as a question follows.

@@ -161,6 +161,7 @@ class EditorForm
     bool m_sourceFontError = false, m_destinationFontError = false;
     bool m_closeWhenRunEnds = false;
     bool m_closing = false;
+    bool m_noItemHint = false; // the status line asks for an item number
     ItemAddress m_shownItem;
     std::array<QString, 4> m_definitionRead; // Sensor, Cam, CPU, Rejects as read
     // What the boxes show, so that a refused change can go back to it.

@@ -152,6 +152,7 @@ TEST_F(Editor, WithoutAnItemNumberNothingCanBeTyped)
     }
     go("2");
     EXPECT_FALSE(view.at(Ctl::TextDestination, 3).locked);
+    EXPECT_EQ(view.status.text, "");
 }
 
 // A machine's material changes are its own rows of MaterialChangeDefinition,
