@@ -121,14 +121,6 @@ TEST_F(Editor, TypedItemNumbersAreCorrected)
         form.ComboIndex_KeyDown(0);
         EXPECT_EQ(view.shown(Ctl::ComboIndex), c.corrected) << c.typed;
     }
-    // Blanks around a number are no part of it.
-    for (const char *typed : {" 2", "2 ", " 2 "}) {
-        go("1");
-        view.setText(Ctl::ComboIndex, typed);
-        form.ComboIndex_KeyDown(0);
-        EXPECT_EQ(view.shown(Ctl::TextSource, 1), "Main drive\r\nBrake") << typed;
-        EXPECT_EQ(form.itemID(), 2) << typed;
-    }
     go("2");
     EXPECT_EQ(view.shown(Ctl::TextSource, 1), "Main drive\r\nBrake"); // every key press shows the item
     ui.push(QString("999"));                                          // Ctrl+G corrects the same way
