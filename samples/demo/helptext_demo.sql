@@ -4,10 +4,10 @@
 -- Languages carry the numbers of the language-definition database (languages_demo.sql),
 -- the Windows language identifiers: a language has one number in every database.
 
-INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (1033, 'English', 'Arial 10 400', '00000409');
-INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (1031, 'Deutsch', 'Arial 10 400', '00000407');
-INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (1032, 'Greek', 'Arial 10 400', '00000408');
-INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (1049, 'Russian', 'Arial 10 400', '00000419');
+INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (1033, 'English', 'Arial 10 400', '1033');
+INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (1031, 'Deutsch', 'Arial 10 400', '1031');
+INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (1032, 'Greek', 'Arial 10 400', '1032');
+INSERT INTO Language (Language, Name, Font, KBLayout) VALUES (1049, 'Russian', 'Arial 10 400', '1049');
 
 -- Block 1 belongs to the cartoner CT400, block 2 to the filler FL220.
 UPDATE AlarmDefinition SET MachineType = 'CT400' WHERE AlarmID BETWEEN 1 AND 256;
