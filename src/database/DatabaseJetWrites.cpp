@@ -24,7 +24,7 @@ bool inMainDatabase(const char *database)
 
 // SQLite asks before it prepares a statement: what a Jet file cannot take yet is refused there,
 // before anything changes, and the refusal is kept for the message.
-int authorize(void *state, int action, const char *first, const char *second, const char *database, const char *)
+int authorize(void *state, int action, const char *first, const char *, const char *database, const char *)
 {
     auto *w = static_cast<JetPages *>(state);
     if (w->copying)
@@ -180,6 +180,8 @@ void Database::Impl::writeJetChanges()
 {
     if (!jetPages || jetPages->changed.isEmpty())
         return;
+    // The memory copy is the file as it was opened or last written here: compared
+    // under the lock, any change since, by whatever writer, is caught.
     FileLock lock;
     takeWriteLock(lock, path, busyWaitMs);
     auto editor = std::make_unique<jet::Editor>(path);
