@@ -390,3 +390,24 @@ TEST(JetDatabase, AWriterWaitsForTheFileAndThenSaysItIsBusy)
               QStringList{QStringLiteral("saved")});
     EXPECT_EQ(filesIn(dir.path()), QStringList{QStringLiteral("keys.mdb")}) << "no lock file left";
 }
+
+// Where a killed write left a named temporary file (a file system without
+// unnamed files), opening the file for writing removes it; those of running
+// processes and other files stay.
+TEST(JetDatabase, OpeningForWritingRemovesTemporaryFilesOfKilledRuns)
+{
+    QTemporaryDir dir;
+    const QString path = keysCopy(dir);
+    const pid_t gone = fork();
+    ASSERT_GE(gone, 0);
+    if (gone == 0)
+        _exit(0);
+    waitpid(gone, nullptr, 0);
+    const QString killed = QStringLiteral(".~%1-3.tmp").arg(gone);
+    const QString running = QStringLiteral(".~%1-1.tmp").arg(getppid());
+    for (const QString &name : {killed, running, QStringLiteral(".~notes.tmp")})
+        writeFileBytes(dir.filePath(name), "partial");
+    Database::open(path);
+    EXPECT_EQ(filesIn(dir.path()), (QStringList{QStringLiteral(".~%1-1.tmp").arg(getppid()),
+                                                QStringLiteral(".~notes.tmp"), QStringLiteral("keys.mdb")}));
+}
