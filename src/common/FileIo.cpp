@@ -1,16 +1,23 @@
 #include "common/FileIo.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QLockFile>
+#include <QRegularExpression>
 #include <QSaveFile>
+#include <QThread>
 #include <algorithm>
 #include <atomic>
+#include <limits>
 
 #ifndef Q_OS_WIN
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -152,6 +159,38 @@ FileRead readAt(int dirFd, const char *name, qint64 maxBytes, bool followLinks, 
     return result;
 }
 
+// A new file without a name in the folder (`folder` as in replaceAt), or -1
+// where the file system has none: nothing is left behind if the program dies
+// before it is linked in.
+int openUnnamedAt(int dirFd, const QByteArray &folder)
+{
+#ifdef O_TMPFILE
+    return ::openat(dirFd, folder.isEmpty() ? "." : folder.constData(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
+#else
+    (void)dirFd, (void)folder;
+    return -1;
+#endif
+}
+
+// Gives the unnamed file open on `fd` the name `path` (relative to `dirFd`).
+bool linkUnnamed(int fd, int dirFd, const char *path)
+{
+    // By its descriptor where the program may (it needs the right to look up
+    // any file); else through its /proc entry, which works for any user.
+    static std::atomic<bool> byDescriptor{true};
+    if (byDescriptor) {
+#ifdef AT_EMPTY_PATH
+        if (::linkat(fd, "", dirFd, path, AT_EMPTY_PATH) == 0)
+            return true;
+        if (errno != ENOENT && errno != EPERM)
+            return false;
+#endif
+        byDescriptor = false;
+    }
+    const QByteArray self = "/proc/self/fd/" + QByteArray::number(fd);
+    return ::linkat(AT_FDCWD, self.constData(), dirFd, path, AT_SYMLINK_FOLLOW) == 0;
+}
+
 // `folder` is the prefix that makes a name in the folder a path for `dirFd`:
 // "" with a folder's own descriptor, the folder with its slash with AT_FDCWD.
 // `durable`: the new file keeps the old one's permissions, and it and then the
@@ -165,19 +204,31 @@ bool replaceAt(int dirFd, const QByteArray &folder, const QByteArray &name, cons
     static std::atomic<unsigned> counter{0};
     const QByteArray temp =
         folder + ".~" + QByteArray::number(qint64(::getpid())) + '-' + QByteArray::number(++counter) + ".tmp";
-    const int fd = ::openat(dirFd, temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+    // Written without a name where the file system allows it, and named only
+    // for the rename: a kill while it is written leaves nothing behind.
+    int fd = openUnnamedAt(dirFd, folder);
+    const bool unnamed = fd >= 0;
+    if (!unnamed)
+        fd = ::openat(dirFd, temp.constData(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
     if (fd < 0) {
         setError(error, systemError(errno));
         return false;
     }
     bool ok = writeAll(fd, data, size);
     if (ok && durable) {
-        struct stat old {};
+        struct stat old {
+        };
         if (::fstatat(dirFd, (folder + name).constData(), &old, 0) == 0)
             ok = ::fchmod(fd, old.st_mode & 07777) == 0;
         ok = ok && ::fsync(fd) == 0;
     }
     int code = ok ? 0 : errno;
+    bool named = !unnamed;
+    if (ok && unnamed) {
+        named = linkUnnamed(fd, dirFd, temp.constData());
+        ok = named;
+        code = ok ? 0 : errno;
+    }
     // A full disk may show only when the file is closed.
     if (::close(fd) != 0 && ok) {
         ok = false;
@@ -188,11 +239,13 @@ bool replaceAt(int dirFd, const QByteArray &folder, const QByteArray &name, cons
         code = errno;
     }
     if (!ok) {
-        ::unlinkat(dirFd, temp.constData(), 0);
+        if (named)
+            ::unlinkat(dirFd, temp.constData(), 0);
         setError(error, systemError(code));
     } else if (durable) {
         // The rename itself reaches the disk with the folder.
-        const int dir = ::openat(dirFd, folder.isEmpty() ? "." : folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        const int dir =
+            ::openat(dirFd, folder.isEmpty() ? "." : folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         if (dir >= 0) {
             ::fsync(dir);
             ::close(dir);
@@ -210,8 +263,7 @@ bool replaceAt(int dirFd, const QByteArray &folder, const QByteArray &name, cons
 bool createUnnamedThenLink(int dirFd, const QByteArray &name, const char *data, qint64 size, bool &failed,
                            QString *error)
 {
-#ifdef O_TMPFILE
-    const int fd = ::openat(dirFd, ".", O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666);
+    const int fd = openUnnamedAt(dirFd, QByteArray());
     if (fd < 0)
         return false;
     if (!writeAll(fd, data, size)) {
@@ -220,19 +272,7 @@ bool createUnnamedThenLink(int dirFd, const QByteArray &name, const char *data, 
         ::close(fd);
         return false;
     }
-    // Linked by its descriptor where the program may (it needs the right to
-    // look up any file); else through its /proc entry, which works for any user.
-    static std::atomic<bool> byDescriptor{true};
-    bool linked = false;
-    if (byDescriptor) {
-        linked = ::linkat(fd, "", dirFd, name.constData(), AT_EMPTY_PATH) == 0;
-        if (!linked && (errno == ENOENT || errno == EPERM))
-            byDescriptor = false;
-    }
-    if (!linked && !byDescriptor) {
-        const QByteArray self = "/proc/self/fd/" + QByteArray::number(fd);
-        linked = ::linkat(AT_FDCWD, self.constData(), dirFd, name.constData(), AT_SYMLINK_FOLLOW) == 0;
-    }
+    const bool linked = linkUnnamed(fd, dirFd, name.constData());
     if (::close(fd) != 0 && linked) {
         // A full disk may show only now: such a page must not stay.
         failed = true;
@@ -241,10 +281,6 @@ bool createUnnamedThenLink(int dirFd, const QByteArray &name, const char *data, 
         return false;
     }
     return linked;
-#else
-    (void)dirFd, (void)name, (void)data, (void)size, (void)failed, (void)error;
-    return false;
-#endif
 }
 
 #endif
@@ -379,6 +415,112 @@ bool replaceFileDurably(const QString &path, const char *data, qint64 size, QStr
     const QByteArray full = QFile::encodeName(path);
     const qsizetype slash = full.lastIndexOf('/');
     return replaceAt(AT_FDCWD, full.left(slash + 1), full.mid(slash + 1), data, size, error, true);
+#endif
+}
+
+int removeStaleTemporaryFiles(const QString &folder)
+{
+#ifdef Q_OS_WIN
+    (void)folder; // QSaveFile's temporary files are its own
+    return 0;
+#else
+    static const QRegularExpression ours(QStringLiteral("^\\.~(\\d+)-\\d+\\.tmp$"));
+    const QDir dir(folder);
+    int removed = 0;
+    for (const QString &name : dir.entryList({QStringLiteral(".~*.tmp")}, QDir::Files | QDir::Hidden | QDir::System)) {
+        const QRegularExpressionMatch m = ours.match(name);
+        bool ok = false;
+        const qint64 pid = m.hasMatch() ? m.captured(1).toLongLong(&ok) : 0;
+        if (!ok || pid <= 0 || pid == ::getpid() || pid > std::numeric_limits<pid_t>::max())
+            continue;
+        // A process that runs (or may: another user's) is still writing it.
+        if (::kill(pid_t(pid), 0) == 0 || errno != ESRCH)
+            continue;
+        if (QFile::remove(dir.filePath(name)))
+            ++removed;
+    }
+    return removed;
+#endif
+}
+
+#ifdef Q_OS_WIN
+struct FileLock::Windows {
+    QLockFile file;
+    explicit Windows(const QString &path) : file(path) {}
+};
+#else
+struct FileLock::Windows {
+};
+#endif
+
+FileLock::FileLock() = default;
+
+FileLock::~FileLock()
+{
+    release();
+}
+
+FileLock::Result FileLock::take(const QString &lockPath, int timeoutMs, QString *error)
+{
+    release();
+#ifdef Q_OS_WIN
+    m_windows = std::make_unique<Windows>(lockPath);
+    if (m_windows->file.tryLock(std::max(0, timeoutMs)))
+        return Result::Taken;
+    const QLockFile::LockError why = m_windows->file.error();
+    m_windows.reset();
+    if (why == QLockFile::LockFailedError)
+        return Result::Busy;
+    setError(error, QStringLiteral("the lock file %1 cannot be made").arg(lockPath));
+    return Result::Failed;
+#else
+    const QByteArray path = QFile::encodeName(lockPath);
+    QElapsedTimer waited;
+    waited.start();
+    for (;;) {
+        const int fd = ::open(path.constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (fd < 0) {
+            setError(error, systemError(errno));
+            return Result::Failed;
+        }
+        if (::flock(fd, LOCK_EX | LOCK_NB) == 0) {
+            // The holder before may have removed the file meanwhile: only the
+            // lock on the file that has the name counts.
+            struct stat held {
+            }, named{};
+            if (::fstat(fd, &held) == 0 && ::stat(path.constData(), &named) == 0 && held.st_dev == named.st_dev &&
+                held.st_ino == named.st_ino) {
+                m_fd = fd;
+                m_path = lockPath;
+                return Result::Taken;
+            }
+            ::close(fd);
+            continue;
+        }
+        const int code = errno;
+        ::close(fd);
+        if (code != EWOULDBLOCK && code != EINTR) {
+            setError(error, systemError(code));
+            return Result::Failed;
+        }
+        if (waited.elapsed() >= timeoutMs)
+            return Result::Busy;
+        QThread::msleep(10);
+    }
+#endif
+}
+
+void FileLock::release()
+{
+#ifdef Q_OS_WIN
+    m_windows.reset(); // QLockFile removes its file
+#else
+    if (m_fd < 0)
+        return;
+    // Removed while still held, so that a waiter that opened it sees it is gone and makes a new one.
+    ::unlink(QFile::encodeName(m_path).constData());
+    ::close(m_fd);
+    m_fd = -1;
 #endif
 }
 

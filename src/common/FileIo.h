@@ -6,6 +6,7 @@
 #include <QByteArray>
 #include <QFile>
 #include <QString>
+#include <memory>
 
 namespace ht
 {
@@ -66,5 +67,34 @@ bool replaceFile(const QString &path, const char *data, qint64 size, QString *er
 // the old one's permissions. After a crash at any moment the path holds
 // either the old file or the new one, complete.
 bool replaceFileDurably(const QString &path, const char *data, qint64 size, QString *error = nullptr);
+
+// Removes the temporary files (".~<process>-<n>.tmp") that replacing a file in
+// `folder` left behind when its process was killed; those of processes that
+// still run are kept. Returns how many were removed.
+int removeStaleTemporaryFiles(const QString &folder);
+
+// An exclusive lock of this program's own, held while the object lives, on a
+// lock file that is made for it and removed again when it is released. Every
+// process of the program that replaces the guarded file takes it first; the
+// system releases it when the process ends, however it ends.
+class FileLock
+{
+  public:
+    enum class Result { Taken, Busy, Failed };
+    FileLock();
+    ~FileLock();
+    FileLock(const FileLock &) = delete;
+    FileLock &operator=(const FileLock &) = delete;
+    // Waits up to `timeoutMs` for another holder to release it: Busy when it
+    // did not, Failed (the reason in `error`) when the lock file cannot be made.
+    Result take(const QString &lockPath, int timeoutMs, QString *error = nullptr);
+    void release();
+
+  private:
+    QString m_path;
+    int m_fd = -1;
+    struct Windows;
+    std::unique_ptr<Windows> m_windows;
+};
 
 } // namespace ht

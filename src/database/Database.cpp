@@ -91,7 +91,8 @@ void Database::Impl::openConnection(const QString &name, bool readOnly)
     handle = sqliteHandle(db);
     if (!handle)
         fail(QStringLiteral("No SQLite handle behind the connection"), {});
-    sqlite3_busy_timeout(handle, busyTimeoutMs);
+    busyWaitMs = busyTimeoutMs;
+    sqlite3_busy_timeout(handle, busyWaitMs);
     const QString err = installCaselessText(handle);
     if (!err.isEmpty())
         fail(QStringLiteral("Cannot install the caseless text comparison"), err);
@@ -113,6 +114,9 @@ QSqlQuery Database::Impl::run(const QString &sql, const QVariantList &params)
             // A change outside a transaction goes into the file at once.
             try {
                 writeJetChanges();
+            } catch (const DbBusy &) {
+                dropJetChanges();
+                throw;
             } catch (const DbError &e) {
                 dropJetChanges();
                 fail(QString::fromUtf8(e.what()), {});

@@ -85,8 +85,10 @@ class Database
     Database &operator=(const Database &) = delete;
 
     // Throws DbError when the file is missing, not a database, or cannot be opened in `mode`.
-    // A Jet file opened ReadWrite takes updates of existing rows in columns that are not
-    // indexed; they reach the file when the transaction (or the single statement) commits.
+    // A Jet file opened ReadWrite takes updates of existing rows; they reach the file when
+    // the transaction (or the single statement) commits, which fails, naming the column,
+    // when an indexed value would change, and with DbBusy when another job of the program
+    // is writing the file for longer than the busy timeout.
     // A statement that would add or delete rows or change the design fails, naming it.
     static std::unique_ptr<Database> open(const QString &path, Mode mode = Mode::ReadWrite);
     // Creates a new, empty SQLite database file (fails when the file exists).

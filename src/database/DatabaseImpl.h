@@ -24,6 +24,7 @@ struct Database::Impl {
     Mode mode = Mode::ReadWrite;
     QVariant lastInsertId;
     int transactionDepth = 0;
+    int busyWaitMs = 5000;              // the busy timeout as it was when opened
     std::unique_ptr<JetFile> jet;       // set for a Jet file: tables are copied in on first use
     std::unique_ptr<JetPages> jetPages; // set for a Jet file opened ReadWrite
 

@@ -1,8 +1,10 @@
 // Writing an Access (Jet 4) file in place: values of existing rows only.
+#include "common/FileIo.h"
 #include "database/DatabaseImpl.h"
 #include "database/JetFile.h"
 #include "database/JetPages.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QSqlError>
 #include <QSqlQuery>
@@ -22,7 +24,7 @@ bool inMainDatabase(const char *database)
 
 // SQLite asks before it prepares a statement: what a Jet file cannot take yet is refused there,
 // before anything changes, and the refusal is kept for the message.
-int authorize(void *state, int action, const char *first, const char *second, const char *database, const char *)
+int authorize(void *state, int action, const char *first, const char *, const char *database, const char *)
 {
     auto *w = static_cast<JetPages *>(state);
     if (w->copying)
@@ -47,21 +49,9 @@ int authorize(void *state, int action, const char *first, const char *second, co
             return SQLITE_OK;
         w->refusal = QStringLiteral("Deleting rows of table %1").arg(table);
         return SQLITE_DENY;
-    case SQLITE_UPDATE: {
-        if (!inMainDatabase(database) || !w->rowPlaces.contains(table))
-            return SQLITE_OK;
-        const jet::Column *column = nullptr;
-        try {
-            column = w->file->table(table).column(QString::fromUtf8(second));
-        } catch (const DbError &) {
-            return SQLITE_DENY; // never throw through SQLite
-        }
-        if (column && column->indexed) {
-            w->refusal = QStringLiteral("Changing column %1 of table %2, which is indexed,").arg(column->name, table);
-            return SQLITE_DENY;
-        }
-        return SQLITE_OK;
-    }
+    // An UPDATE is let through even when it names an indexed column: setting a
+    // key to the value it has is common (an import names every key of its rows).
+    // Only a real change of an indexed value is refused, when the rows are written.
     case SQLITE_CREATE_TABLE:
     case SQLITE_CREATE_INDEX:
     case SQLITE_CREATE_TRIGGER:
@@ -87,6 +77,34 @@ void noteUpdate(void *state, int operation, const char *database, const char *ta
         w->changed.insert({QString::fromUtf8(table), rowid});
 }
 
+// Our own writers' lock, beside the file (Jet's ".ldb" is another program's).
+QString writeLockFile(const QString &path)
+{
+    const QFileInfo info(path);
+    return info.dir().filePath(QStringLiteral(".~") + info.fileName() + QStringLiteral(".lock"));
+}
+
+// Held from reading the file for the comparison to its replacement, so that a
+// second writer of this program sees the first one's change, never overwrites it.
+void takeWriteLock(FileLock &lock, const QString &path, int timeoutMs)
+{
+    QString why;
+    switch (lock.take(writeLockFile(path), timeoutMs, &why)) {
+    case FileLock::Result::Taken:
+        return;
+    case FileLock::Result::Busy:
+        throw DbBusy(QStringLiteral("The Access file %1 is busy: another job is writing it. Nothing was written; "
+                                    "try again when that job is done.")
+                         .arg(path)
+                         .toStdString());
+    case FileLock::Result::Failed:
+        break;
+    }
+    throw DbError(QStringLiteral("The Access file %1 cannot be locked for writing (%2: %3); nothing was written.")
+                      .arg(path, writeLockFile(path), why)
+                      .toStdString());
+}
+
 } // namespace
 
 void Database::Impl::openJetForWriting()
@@ -97,6 +115,12 @@ void Database::Impl::openJetForWriting()
         fail(QStringLiteral("The database file is write-protected"), {});
     if (!QFileInfo(info.absolutePath()).isWritable())
         fail(QStringLiteral("The folder of the database is write-protected"), {});
+    {
+        // A write that was killed left its temporary file; none of our writers runs while the lock is ours.
+        FileLock lock;
+        if (lock.take(writeLockFile(path), 0) == FileLock::Result::Taken)
+            removeStaleTemporaryFiles(info.absolutePath());
+    }
     jetPages = std::make_unique<JetPages>();
     jetPages->file = std::make_unique<jet::Editor>(path);
     jetPages->writable = true;
@@ -156,6 +180,10 @@ void Database::Impl::writeJetChanges()
 {
     if (!jetPages || jetPages->changed.isEmpty())
         return;
+    // The memory copy is the file as it was opened or last written here: compared
+    // under the lock, any change since, by whatever writer, is caught.
+    FileLock lock;
+    takeWriteLock(lock, path, busyWaitMs);
     auto editor = std::make_unique<jet::Editor>(path);
     if (editor->bytes() != jetPages->file->bytes())
         throw DbError(QStringLiteral("The Access file %1 was changed by another program since it was read; nothing "

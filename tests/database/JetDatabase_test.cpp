@@ -1,12 +1,16 @@
 // A Jet file opened for writing through the database layer: updates of existing
 // rows reach the file when they are committed, and nothing else is let through.
+#include "common/FileIo.h"
 #include "database/AccessSync.h"
 #include "database/HelpTextFixture.h"
+#include "database/JetFile.h"
 #include "database/jet/JetCheck.h"
 
 #include <QFile>
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace ht;
 using namespace ht::test;
@@ -43,6 +47,30 @@ struct AccessHelpText {
     }
     bool sound() const { return jet::checkStructure(jet::Image(readFileBytes(path), path)).isEmpty(); }
 };
+
+// A column of the rows of `table` that match `key`, as libmdb reads the file.
+QStringList libmdbValues(const QString &path, const QString &table, const QString &column, const QVariantMap &key)
+{
+    QStringList names, values;
+    JetFile::open(path)->readTable(
+        table,
+        [&](const std::vector<JetColumn> &columns) {
+            for (const JetColumn &c : columns)
+                names << c.name;
+        },
+        [&](const QVariantList &row) {
+            for (auto k = key.cbegin(); k != key.cend(); ++k)
+                if (row.value(int(names.indexOf(k.key()))).toString() != k.value().toString())
+                    return;
+            values << row.value(int(names.indexOf(column))).toString();
+        });
+    return values;
+}
+
+QString keysCopy(const QTemporaryDir &dir)
+{
+    return writeIn(dir, QStringLiteral("keys.mdb"), readFileBytes(jetTestFile(QStringLiteral("helptext_keys"))));
+}
 
 } // namespace
 
@@ -183,4 +211,203 @@ TEST(JetDatabase, SyncCarriesTheTextsOfAConversionBackAndRefusesWhatDoesNotMatch
         EXPECT_TRUE(failure([&] { syncToAccess(sqlite, f.path); }).contains(QLatin1String(d.named))) << d.sql;
         EXPECT_EQ(readFileBytes(f.path), before) << d.sql;
     }
+}
+
+// A help-text database keyed as Access keys it (primary keys on the IDs, on (item,
+// Language), on Language.Language and on the text DBSys.Item; MachineType indexed).
+// Of today's jobs on it, editor saves and imports into existing machines and
+// languages work: they name key columns but leave their values as they are.
+// Renaming or deleting a machine changes the indexed MachineType and is refused.
+TEST(JetDatabase, KeysSetToTheValuesTheyHaveAreTakenAndRealKeyChangesRefused)
+{
+    const struct {
+        const char *job, *sql;
+        QVariantList params;
+        const char *refused; // nullptr: taken
+        const char *table, *column;
+        QVariantMap key;
+        QString written;
+    } jobs[] = {
+        {"editor save",
+         "UPDATE AlarmText SET Device = ? WHERE Alarm_ID = 1 AND Language = 1033",
+         {"Gespeichert"},
+         nullptr,
+         "AlarmText",
+         "Device",
+         {{"Alarm_ID", 1}, {"Language", 1033}},
+         "Gespeichert"},
+        {"import's text row",
+         "UPDATE AlarmText SET Alarm_ID = ?, Language = ?, Function = ? WHERE Alarm_ID = 2 AND "
+         "Language = 1032",
+         {2, "1032", QStringLiteral("Λειτουργία 2")},
+         nullptr,
+         "AlarmText",
+         "Function",
+         {{"Alarm_ID", 2}, {"Language", 1032}},
+         QStringLiteral("Λειτουργία 2")},
+        {"import's definition row",
+         "UPDATE AlarmDefinition SET MachineType = 'P100', Sensor = ? WHERE AlarmID = 3",
+         {"B3"},
+         nullptr,
+         "AlarmDefinition",
+         "Sensor",
+         {{"AlarmID", 3}},
+         "B3"},
+        {"text key set to itself",
+         "UPDATE DBSys SET Item = Item, Data = Data || '' WHERE Item = 'MaxLenAlarm'",
+         {},
+         nullptr,
+         "DBSys",
+         "Item",
+         {{"Item", "MaxLenAlarm"}},
+         "MaxLenAlarm"},
+        {"renaming a machine",
+         "UPDATE AlarmDefinition SET MachineType = ? WHERE MachineType = 'P100'",
+         {"P300"},
+         "Changing column MachineType of table AlarmDefinition, which is indexed,"},
+        {"a key changed",
+         "UPDATE Language SET Language = 1034, Name = 'x' WHERE Language = 1033",
+         {},
+         "Changing column Language of table Language, which is indexed,"},
+        {"a text key in other case", "UPDATE DBSys SET Item = upper(Item)", {}, "Changing column Item of table DBSys"},
+    };
+    for (const auto &j : jobs) {
+        QTemporaryDir dir;
+        const QString path = keysCopy(dir);
+        const QByteArray before = readFileBytes(path);
+        const QString message = failure([&] {
+            auto db = Database::open(path);
+            Database::Transaction t(*db);
+            db->exec(QString::fromUtf8(j.sql), j.params);
+            t.commit();
+        });
+        if (j.refused) {
+            EXPECT_TRUE(message.contains(QLatin1String(j.refused))) << j.job << ": " << message.toStdString();
+            EXPECT_TRUE(readFileBytes(path) == before) << j.job;
+            continue;
+        }
+        EXPECT_EQ(message, QString()) << j.job;
+        EXPECT_EQ(jet::checkStructure(jet::Image(readFileBytes(path), path)), QStringList()) << j.job;
+        EXPECT_EQ(libmdbValues(path, QString::fromLatin1(j.table), QString::fromLatin1(j.column), j.key),
+                  QStringList{j.written})
+            << j.job;
+    }
+}
+
+// Two jobs write one Access file at the same moment, 20 times over: each has
+// read the file before either writes. A job that reports success has its
+// change in the file; the other one is told the file changed under it.
+TEST(JetDatabase, TwoWritersAtOnceNeverLoseAChangeTheyReported)
+{
+    QTemporaryDir dir;
+    const QString path = keysCopy(dir);
+    int bothDone = 0;
+    for (int round = 0; round < 20; ++round) {
+        int ready[2], go[2];
+        ASSERT_EQ(pipe(ready), 0);
+        ASSERT_EQ(pipe(go), 0);
+        const QString texts[2] = {QStringLiteral("first %1").arg(round), QStringLiteral("second %1").arg(round)};
+        pid_t children[2];
+        for (int w = 0; w < 2; ++w) {
+            children[w] = fork();
+            ASSERT_GE(children[w], 0);
+            if (children[w] != 0)
+                continue;
+            int code = 2;
+            try {
+                auto db = Database::open(path);
+                db->query(QStringLiteral("SELECT count(*) FROM AlarmText"));
+                char c = 0;
+                code = write(ready[1], "r", 1) == 1 && read(go[0], &c, 1) == 1 ? 1 : 2;
+                Database::Transaction t(*db);
+                db->exec(QStringLiteral("UPDATE AlarmText SET Device = ? WHERE Alarm_ID = ? AND Language = 1033"),
+                         {texts[w], w + 10});
+                t.commit();
+                code = 0;
+            } catch (const DbError &) {
+            }
+            _exit(code);
+        }
+        char c = 0;
+        for (int w = 0; w < 2; ++w)
+            ASSERT_EQ(read(ready[0], &c, 1), 1);
+        ASSERT_EQ(write(go[1], "gg", 2), 2); // both at once
+        int succeeded = 0;
+        for (int w = 0; w < 2; ++w) {
+            int status = 0;
+            waitpid(children[w], &status, 0);
+            ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) <= 1) << "round " << round;
+            const bool reported = WEXITSTATUS(status) == 0;
+            succeeded += reported;
+            const QStringList stored =
+                libmdbValues(path, QStringLiteral("AlarmText"), QStringLiteral("Device"),
+                             {{QStringLiteral("Alarm_ID"), w + 10}, {QStringLiteral("Language"), 1033}});
+            EXPECT_EQ(stored.value(0) == texts[w], reported)
+                << "round " << round << ", writer " << w << ": " << stored.join(u',').toStdString();
+        }
+        EXPECT_GE(succeeded, 1) << "round " << round;
+        bothDone += succeeded == 2;
+        for (int fd : {ready[0], ready[1], go[0], go[1]})
+            close(fd);
+    }
+    RecordProperty("both_succeeded", bothDone);
+    EXPECT_EQ(jet::checkStructure(jet::Image(readFileBytes(path), path)), QStringList());
+}
+
+// While another job holds the file, a write waits for the busy timeout and then
+// says the file is busy, with nothing written; once it is free the write goes through.
+TEST(JetDatabase, AWriterWaitsForTheFileAndThenSaysItIsBusy)
+{
+    QTemporaryDir dir;
+    const QString path = keysCopy(dir);
+    const QByteArray before = readFileBytes(path);
+    Database::setBusyTimeout(200);
+    auto db = Database::open(path);
+    Database::setBusyTimeout(5000);
+    const QString update = QStringLiteral("UPDATE AlarmText SET Device = 'saved' WHERE Alarm_ID = 1");
+    FileLock other;
+    ASSERT_EQ(other.take(dir.filePath(QStringLiteral(".~keys.mdb.lock")), 0), FileLock::Result::Taken);
+    for (const bool inTransaction : {false, true}) {
+        bool busy = false;
+        try {
+            if (inTransaction) {
+                Database::Transaction t(*db);
+                db->exec(update);
+                t.commit();
+            } else {
+                db->exec(update);
+            }
+        } catch (const DbBusy &e) {
+            busy = QString::fromUtf8(e.what()).contains(QLatin1String("is busy"));
+        }
+        EXPECT_TRUE(busy) << inTransaction;
+        EXPECT_TRUE(readFileBytes(path) == before);
+    }
+    other.release();
+    db->exec(update);
+    EXPECT_EQ(libmdbValues(path, QStringLiteral("AlarmText"), QStringLiteral("Device"),
+                           {{QStringLiteral("Alarm_ID"), 1}, {QStringLiteral("Language"), 1031}}),
+              QStringList{QStringLiteral("saved")});
+    EXPECT_EQ(filesIn(dir.path()), QStringList{QStringLiteral("keys.mdb")}) << "no lock file left";
+}
+
+// Where a killed write left a named temporary file (a file system without
+// unnamed files), opening the file for writing removes it; those of running
+// processes and other files stay.
+TEST(JetDatabase, OpeningForWritingRemovesTemporaryFilesOfKilledRuns)
+{
+    QTemporaryDir dir;
+    const QString path = keysCopy(dir);
+    const pid_t gone = fork();
+    ASSERT_GE(gone, 0);
+    if (gone == 0)
+        _exit(0);
+    waitpid(gone, nullptr, 0);
+    const QString killed = QStringLiteral(".~%1-3.tmp").arg(gone);
+    const QString running = QStringLiteral(".~%1-1.tmp").arg(getppid());
+    for (const QString &name : {killed, running, QStringLiteral(".~notes.tmp")})
+        writeFileBytes(dir.filePath(name), "partial");
+    Database::open(path);
+    EXPECT_EQ(filesIn(dir.path()), (QStringList{QStringLiteral(".~%1-1.tmp").arg(getppid()),
+                                                QStringLiteral(".~notes.tmp"), QStringLiteral("keys.mdb")}));
 }

@@ -10,6 +10,7 @@
 #include "database/jet/JetRows.h"
 #include "database/jet/JetValues.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QRandomGenerator>
@@ -555,7 +556,7 @@ TEST(JetWriter, KilledAtAnyMomentLeavesTheOldFileOrTheNew)
     const QByteArray updated = readFileBytes(reference);
     ASSERT_NE(updated, original);
     QRandomGenerator random(7);
-    int old = 0, replaced = 0;
+    int old = 0, replaced = 0, leftNamed = 0;
     for (int run = 0; run < runs; ++run) {
         const QString path = writeIn(dir, QStringLiteral("killed.mdb"), original);
         const pid_t child = fork();
@@ -575,7 +576,13 @@ TEST(JetWriter, KilledAtAnyMomentLeavesTheOldFileOrTheNew)
         ASSERT_TRUE(now == original || now == updated) << "run " << run;
         (now == original ? old : replaced)++;
         EXPECT_EQ(checkStructure(Image(now, path)), QStringList());
+        // A temporary file as large as the database must not stay: the next open clears it.
+        const QStringList temporary{QStringLiteral(".~*")};
+        leftNamed += !QDir(dir.path()).entryList(temporary, QDir::Files | QDir::Hidden).isEmpty();
+        Database::open(path);
+        EXPECT_EQ(QDir(dir.path()).entryList(temporary, QDir::Files | QDir::Hidden), QStringList()) << "run " << run;
     }
     RecordProperty("old", old);
     RecordProperty("new", replaced);
+    RecordProperty("temporary_left_by_the_kill", leftNamed);
 }

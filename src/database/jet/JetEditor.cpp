@@ -141,6 +141,13 @@ void Editor::updateRow(const QString &tableName, RowPointer slot, const QVariant
             changes.push_back({columns[i], values[qsizetype(i)]});
     if (changes.empty())
         return;
+    // Compared with the row as the file holds it: a key set to the value it has is no change.
+    for (const ColumnChange &c : changes)
+        if (c.column->indexed)
+            throw DbError(QStringLiteral("Changing column %1 of table %2, which is indexed, cannot be done in an "
+                                         "Access file yet; convert the database to SQLite for this job")
+                              .arg(c.column->name, t.name)
+                              .toStdString());
     m_changedTables.insert(t.name);
     try {
         m_writer.updateRow(t, slot, changes);

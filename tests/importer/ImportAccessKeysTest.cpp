@@ -1,0 +1,77 @@
+// Imports into an Access help-text database keyed as Access keys it (primary keys
+// on the IDs, on (item, Language), on Language.Language and DBSys.Item, and an
+// index on AlarmDefinition.MachineType). Imports into its existing machines and
+// languages work; what would change the indexed MachineType (a new machine
+// bound to a free block, a rename) is refused with the file unchanged.
+#include "ImportTestSupport.h"
+
+#include "common/StatusDisplay.h"
+#include "database/JetFile.h"
+#include "database/jet/JetCheck.h"
+#include "importer/DelMachine.h"
+#include "importer/Importer.h"
+
+namespace ht
+{
+namespace
+{
+
+// Device|Result|Function of an alarm's text and the alarm's Sensor, as libmdb reads the file.
+QString alarmThroughLibmdb(const QString &path, int id, int language)
+{
+    QStringList found;
+    const auto read = [&](const QString &table, const QStringList &key, const QVariantList &values,
+                          const QStringList &wanted) {
+        QStringList names;
+        JetFile::open(path)->readTable(
+            table,
+            [&](const std::vector<JetColumn> &columns) {
+                for (const JetColumn &c : columns)
+                    names << c.name;
+            },
+            [&](const QVariantList &row) {
+                for (int i = 0; i < key.size(); ++i)
+                    if (row.value(int(names.indexOf(key[i]))).toLongLong() != values[i].toLongLong())
+                        return;
+                for (const QString &w : wanted)
+                    found << row.value(int(names.indexOf(w))).toString();
+            });
+    };
+    read(QStringLiteral("AlarmText"), {QStringLiteral("Alarm_ID"), QStringLiteral("Language")}, {id, language},
+         {QStringLiteral("Device"), QStringLiteral("Result"), QStringLiteral("Function")});
+    read(QStringLiteral("AlarmDefinition"), {QStringLiteral("AlarmID")}, {id}, {QStringLiteral("Sensor")});
+    return found.join(u'|');
+}
+
+TEST(ImportAccessKeys, IntoExistingMachinesAndLanguagesOnlyAndNothingChangedWhenRefused)
+{
+    test::ImportWorkspace w;
+    test::writeFileBytes(w.db(), test::readFileBytes(test::sourceDir() + "/tests/data/jet/helptext_keys.mdb"));
+    ASSERT_EQ(CheckConnection(w.t.ctx, w.db()), w.db());
+    HeadlessStatus status;
+    Importer importer(w.t.ctx, &status,
+                      [](const QString &, const QString &, const QString &) { return AnswerReplaceAll; });
+    const auto request = [](const QString &machine) {
+        ImportRequest r;
+        r.machine = machine;
+        r.language = QStringLiteral("Greek");
+        r.source = {test::workbook(QStringLiteral("layout-plain.xlsx")), 2, 1, QStringLiteral("0")};
+        return r;
+    };
+    const auto lastMessage = [&] { return w.t.ui.messageTexts().value(w.t.ui.messageTexts().size() - 1); };
+
+    ASSERT_TRUE(importer.MainProc(request(QStringLiteral("P200")))) << qPrintable(lastMessage());
+    EXPECT_EQ(jet::checkStructure(jet::Image(test::readFileBytes(w.db()), w.db())), QStringList());
+    EXPECT_EQ(alarmThroughLibmdb(w.db(), 256 + 5, 1032), "Συσκευή 5|Αποτέλεσμα 5|Λειτουργία 5|B5");
+
+    const QByteArray before = test::readFileBytes(w.db());
+    EXPECT_FALSE(importer.MainProc(request(QStringLiteral("P300"))));
+    EXPECT_TRUE(lastMessage().contains("MachineType")) << qPrintable(lastMessage());
+    EXPECT_TRUE(test::readFileBytes(w.db()) == before);
+    EXPECT_FALSE(renameMachineNamed(w.t.ctx, QStringLiteral("P100"), QStringLiteral("P300")));
+    EXPECT_TRUE(lastMessage().contains("which is indexed")) << qPrintable(lastMessage());
+    EXPECT_TRUE(test::readFileBytes(w.db()) == before);
+}
+
+} // namespace
+} // namespace ht
