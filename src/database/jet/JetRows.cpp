@@ -32,6 +32,23 @@ QByteArray rowBytes(const Image &image, quint32 pageNumber, int row)
     return QByteArray(image.page(pageNumber) + s.start, s.end - s.start);
 }
 
+QByteArray rowData(const Image &image, RowPointer slot)
+{
+    const Slot s = slotOf(image, slot.page, slot.row);
+    if (s.flags & kRowOverflowTarget)
+        image.damaged(QStringLiteral("row %1 of page %2 is no row").arg(slot.row).arg(slot.page));
+    QByteArray bytes = rowBytes(image, slot.page, slot.row);
+    if (s.flags == kRowOverflowPointer) {
+        if (bytes.size() < 4)
+            image.damaged(QStringLiteral("an overflow pointer is cut off"));
+        const RowPointer target = RowPointer::unpack(le32(bytes.constData()));
+        if ((slotOf(image, target.page, target.row).flags & kRowDeleted) != kRowOverflowTarget)
+            image.damaged(QStringLiteral("an overflow pointer leads to no overflow row"));
+        bytes = rowBytes(image, target.page, target.row);
+    }
+    return bytes;
+}
+
 int freeSpaceField(const char *page)
 {
     return le16(page + 2);

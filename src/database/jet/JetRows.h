@@ -20,6 +20,9 @@ int rowCount(const char *page);
 // The slot of `row`; the image says "damaged" when it points outside the page.
 Slot slotOf(const Image &image, quint32 pageNumber, int row);
 QByteArray rowBytes(const Image &image, quint32 pageNumber, int row);
+// The bytes of the row whose slot this is, followed through an overflow pointer;
+// the image says "damaged" when the slot holds no row.
+QByteArray rowData(const Image &image, RowPointer slot);
 // The free-space field must be the gap between the slots and the lowest row.
 int freeSpaceField(const char *page);
 int computedFreeSpace(const Image &image, quint32 pageNumber);

@@ -4,6 +4,8 @@
 #include "database/jet/JetRows.h"
 #include "database/jet/JetValues.h"
 
+#include <algorithm>
+
 namespace ht::jet
 {
 
@@ -56,7 +58,7 @@ bool Writer::replaceRowOnPage(quint32 page, int row, const QByteArray &bytes, qu
     return true;
 }
 
-void Writer::deleteRow(RowPointer at)
+void Writer::markDeleted(RowPointer at)
 {
     replaceRowOnPage(at.page, at.row, QByteArray(), kRowDeleted);
 }
@@ -155,7 +157,7 @@ void Writer::placeRow(const TableDef &table, RowPointer slot, const QByteArray &
     // Back home when the slot's page can take it, an abandoned overflow row deleted.
     if (replaceRowOnPage(slot.page, slot.row, bytes, 0)) {
         if (oldTarget)
-            deleteRow(*oldTarget);
+            markDeleted(*oldTarget);
         return;
     }
     if (oldTarget && replaceRowOnPage(oldTarget->page, oldTarget->row, bytes, kRowOverflowTarget))
@@ -164,7 +166,7 @@ void Writer::placeRow(const TableDef &table, RowPointer slot, const QByteArray &
     if (!replaceRowOnPage(slot.page, slot.row, pointerBytes(target), kRowOverflowPointer))
         refuse(QStringLiteral("page %1 has no room for an overflow pointer").arg(slot.page));
     if (oldTarget)
-        deleteRow(*oldTarget);
+        markDeleted(*oldTarget);
 }
 
 void Writer::applyChange(const TableDef &table, StoredRow &row, const ColumnChange &change,
@@ -235,8 +237,42 @@ void widenRow(const TableDef &table, StoredRow &row)
         row.variable.resize(table.variableColumns);
 }
 
-RowPointer Writer::appendRow(const TableDef &table, const std::vector<ColumnChange> &values)
+bool Writer::takesRow(const TableDef &table, quint32 page, const QByteArray &bytes)
 {
+    if (page == 0 || page >= m_image.pageCount())
+        return false;
+    const char *p = m_image.page(page);
+    return quint8(p[0]) == PageData && le32(p + 4) == table.page && rowCount(p) < kMaxRowsPerPage &&
+           computedFreeSpace(m_image, page) >= bytes.size() + 2 && replaceRowOnPage(page, rowCount(p), bytes, 0);
+}
+
+void Writer::addToRowCount(const TableDef &table, int delta)
+{
+    char *definition = m_image.changePage(table.page);
+    put32(definition + kTableRowCountOffset, le32(definition + kTableRowCountOffset) + quint32(delta));
+}
+
+RowPointer Writer::addRow(const TableDef &table, std::vector<ColumnChange> values, bool anyPage)
+{
+    for (const Column &c : table.columns) {
+        if (!c.autoNumber() || c.type != TypeLong)
+            continue;
+        const auto given =
+            std::find_if(values.begin(), values.end(), [&](const ColumnChange &v) { return v.column == &c; });
+        char *definition = m_image.changePage(table.page);
+        const qint64 last = qint32(le32(definition + kTableAutoNumberOffset));
+        if (given == values.end() || given->value.isNull()) {
+            if (last >= INT32_MAX)
+                refuse(QStringLiteral("the numbers of column %1 of table %2 are used up").arg(c.name, table.name));
+            if (given == values.end())
+                values.push_back({&c, qint32(last + 1)});
+            else
+                given->value = qint32(last + 1);
+            put32(definition + kTableAutoNumberOffset, quint32(last + 1));
+        } else if (given->value.toLongLong() > last) {
+            put32(definition + kTableAutoNumberOffset, quint32(given->value.toLongLong()));
+        }
+    }
     StoredRow row;
     widenRow(table, row);
     std::vector<RowPointer> freed;
@@ -246,19 +282,61 @@ RowPointer Writer::appendRow(const TableDef &table, const std::vector<ColumnChan
     if (bytes.size() > kMaxRowBytes)
         refuse(QStringLiteral("a row of table %1 would be longer than Jet allows").arg(table.name));
     quint32 page = m_lastPage.value(table.usedPagesMap);
-    if (page == 0 || rowCount(m_image.page(page)) >= kMaxRowsPerPage ||
-        !replaceRowOnPage(page, rowCount(m_image.page(page)), bytes, 0)) {
-        page = newPage(table.usedPagesMap, table.freePagesMap, table.page, false);
-        if (!replaceRowOnPage(page, 0, bytes, 0))
-            refuse(QStringLiteral("a row of table %1 does not fit a page").arg(table.name));
+    if (!takesRow(table, page, bytes)) {
+        page = 0;
+        if (anyPage) {
+            // The table's pages in their order, each looked at until it is full.
+            auto known = m_pagesWithRoom.find(table.page);
+            if (known == m_pagesWithRoom.end())
+                known = m_pagesWithRoom.insert(table.page, {mapPages(m_image, table.usedPagesMap), 0});
+            for (; known->next < known->pages.size() && page == 0; ++known->next)
+                if (takesRow(table, known->pages[known->next], bytes))
+                    page = known->pages[known->next];
+            if (page != 0)
+                --known->next; // it may take more
+        }
+        if (page == 0) {
+            page = newPage(table.usedPagesMap, table.freePagesMap, table.page, false);
+            if (!replaceRowOnPage(page, 0, bytes, 0))
+                refuse(QStringLiteral("a row of table %1 does not fit a page").arg(table.name));
+        }
         m_lastPage[table.usedPagesMap] = page;
     }
-    char *definition = m_image.changePage(table.page);
-    put32(definition + kTableRowCountOffset, le32(definition + kTableRowCountOffset) + 1);
+    addToRowCount(table, 1);
     return {page, quint8(rowCount(m_image.page(page)) - 1)};
 }
 
-void Writer::updateRow(const TableDef &table, RowPointer slot, const std::vector<ColumnChange> &changes)
+RowPointer Writer::appendRow(const TableDef &table, const std::vector<ColumnChange> &values)
+{
+    return addRow(table, values, false);
+}
+
+RowPointer Writer::insertRow(const TableDef &table, const std::vector<ColumnChange> &values)
+{
+    return addRow(table, values, true);
+}
+
+void Writer::deleteRow(const TableDef &table, RowPointer slot)
+{
+    const Slot s = slotOf(m_image, slot.page, slot.row);
+    const char *page = m_image.page(slot.page);
+    if ((s.flags & kRowOverflowTarget) || quint8(page[0]) != PageData || le32(page + 4) != table.page)
+        refuse(QStringLiteral("row %1 of page %2 is no row of table %3").arg(slot.row).arg(slot.page).arg(table.name));
+    std::vector<RowPointer> freed;
+    if (s.flags == kRowOverflowPointer)
+        freed.push_back(RowPointer::unpack(le32(page + s.start)));
+    const StoredRow row = decodeRow(m_image, rowData(m_image, slot), table.variableColumns > 0);
+    for (const Column &c : table.columns)
+        if (c.longValue() && !isNull(row, c))
+            readLongValue(m_image, storedBytes(row, c), &freed);
+    markDeleted(slot);
+    for (RowPointer at : freed)
+        markDeleted(at);
+    addToRowCount(table, -1);
+}
+
+void Writer::updateRow(const TableDef &table, RowPointer slot, const std::vector<ColumnChange> &changes,
+                       bool indexesRebuilt)
 {
     const Slot s = slotOf(m_image, slot.page, slot.row);
     if (s.flags & kRowOverflowTarget)
@@ -271,7 +349,7 @@ void Writer::updateRow(const TableDef &table, RowPointer slot, const std::vector
     StoredRow row = decodeRow(m_image, bytes, table.variableColumns > 0);
     std::vector<RowPointer> freed;
     for (const ColumnChange &change : changes) {
-        if (change.column->indexed)
+        if (change.column->indexed && !indexesRebuilt)
             refuse(QStringLiteral("column %1 of table %2 is indexed; indexes cannot be kept up to date yet")
                        .arg(change.column->name, table.name));
         applyChange(table, row, change, freed);
@@ -281,7 +359,7 @@ void Writer::updateRow(const TableDef &table, RowPointer slot, const std::vector
         refuse(QStringLiteral("a row of table %1 would be longer than Jet allows").arg(table.name));
     placeRow(table, slot, encoded);
     for (RowPointer at : freed)
-        deleteRow(at);
+        markDeleted(at);
 }
 
 } // namespace ht::jet
