@@ -1,0 +1,231 @@
+// Rows added, deleted and given new keys in Access-made files and in a keyed
+// help-text database: after every round the file is sound by the checker with
+// its indexes, and our reader and libmdb read what was written.
+#include "database/JetModel.h"
+#include "database/jet/JetCheck.h"
+#include "database/jet/JetIndex.h"
+#include "database/jet/JetRows.h"
+
+#include <QRandomGenerator>
+#include <gtest/gtest.h>
+
+using namespace ht;
+using namespace ht::test;
+using namespace ht::jet;
+
+namespace
+{
+
+// Characters a text key may hold here: letters, digits, blank and punctuation.
+const QString kKeyCharacters = QStringLiteral("abcXYZ019 .,-'_()/:+&#");
+
+QString randomKeyText(QRandomGenerator &random, int maxLength)
+{
+    QString text;
+    const int length = 1 + random.bounded(std::max(1, std::min(maxLength, 24)));
+    for (int i = 0; i < length; ++i)
+        text += kKeyCharacters[random.bounded(int(kKeyCharacters.size()))];
+    return text;
+}
+
+// A value for a column of a new row or a changed key; numbers of key columns are
+// new ones (`fresh` counts on from the table's greatest), so that no unique key
+// comes twice.
+QVariant randomValue(const Column &c, QRandomGenerator &random, qint64 &fresh)
+{
+    switch (c.type) {
+    case TypeLong:
+    case TypeInteger:
+        return c.indexed ? QVariant(fresh++) : QVariant(qint64(random.bounded(1000)));
+    case TypeText:
+        return c.indexed ? QVariant(randomKeyText(random, c.length / 2))
+                         : QVariant(textOfLength(random.bounded(std::min(c.length / 2, 80) + 1), random.bounded(7)));
+    case TypeMemo: {
+        const int lengths[] = {0, 10, 64, 300, 5000};
+        return textOfLength(lengths[random.bounded(int(std::size(lengths)))], random.bounded(7));
+    }
+    default:
+        return QVariant(); // other types are left null
+    }
+}
+
+struct Table {
+    QString name;
+    std::vector<const Column *> columns;
+    std::map<QString, qint64> fresh; // per number column, the next unused value
+};
+
+Table tableOf(Editor &e, const Model &m, const QString &name)
+{
+    Table t{name, columnsInOrder(e.table(name)), {}};
+    for (size_t i = 0; i < t.columns.size(); ++i) {
+        qint64 greatest = 0;
+        for (const auto &[slot, values] : m.rows.at(name))
+            greatest = std::max(greatest, values[qsizetype(i)].toLongLong());
+        t.fresh[t.columns[i]->name] = greatest + 1;
+    }
+    return t;
+}
+
+void insertRandomRow(Editor &e, Model &m, Table &t, QRandomGenerator &random)
+{
+    QVariantList values;
+    for (const Column *c : t.columns)
+        values << randomValue(*c, random, t.fresh[c->name]);
+    m.rows[t.name][e.insertRow(t.name, values).packed()] = values;
+}
+
+// The depth of an index: 1 when its root is a leaf.
+int depth(const QString &path, const QString &table, int index)
+{
+    const Image image = loadImage(path);
+    Editor e(path);
+    quint32 page = e.table(table).indexRoots[size_t(index)];
+    int levels = 1;
+    while (quint8(image.page(page)[0]) == kIndexNodePage) {
+        const QByteArray first = indexPageEntries(image.page(page)).front();
+        page = qFromBigEndian<quint32>(first.constData() + first.size() - 4);
+        ++levels;
+    }
+    return levels;
+}
+
+} // namespace
+
+TEST(JetKeys, RandomInsertsDeletesAndKeyChangesKeepEveryIndexSound)
+{
+    QRandomGenerator random(18);
+    struct Case {
+        const char *file;
+        int rounds, changesPerRound;
+        QStringList refused; // tables whose stored text keys are not computed alike here
+    };
+    const Case cases[] = {
+        {"indexTestV2000", 6, 12, {}},
+        {"compIndexTestV2000", 6, 40, {}},
+        {"testUnicodeCompV2003", 4, 8, {QStringLiteral("Table")}},
+        {"delTestV2000", 4, 8, {}},
+        {"helptext_keys", 4, 60, {}},
+    };
+    for (const Case &k : cases) {
+        EditedCopy copy(jetTestFile(QString::fromLatin1(k.file)));
+        QStringList refused;
+        for (int round = 0; round < k.rounds; ++round) {
+            copy.edit([&](Editor &e, Model &m) {
+                std::map<QString, Table> tables; // of this round's editor
+                for (int n = 0; n < k.changesPerRound; ++n) {
+                    auto rows = m.rows.begin();
+                    std::advance(rows, random.bounded(int(m.rows.size())));
+                    if (refused.contains(rows->first))
+                        continue;
+                    Table &t = tables.try_emplace(rows->first, tableOf(e, m, rows->first)).first->second;
+                    const int what = rows->second.empty() ? 0 : random.bounded(3);
+                    try {
+                        if (what == 0) {
+                            insertRandomRow(e, m, t, random);
+                            continue;
+                        }
+                        auto row = rows->second.begin();
+                        std::advance(row, random.bounded(int(rows->second.size())));
+                        if (what == 1) {
+                            e.deleteRow(t.name, RowPointer::unpack(row->first));
+                            rows->second.erase(row);
+                            continue;
+                        }
+                        // A key column or any other given a new value.
+                        std::vector<const Column *> keys;
+                        for (const Column *c : t.columns)
+                            if (c->indexed)
+                                keys.push_back(c);
+                        const Column *c = !keys.empty() && random.bounded(3) > 0
+                                              ? keys[random.bounded(int(keys.size()))]
+                                              : t.columns[random.bounded(int(t.columns.size()))];
+                        if (c->type != TypeLong && c->type != TypeInteger && c->type != TypeText && c->type != TypeMemo)
+                            continue;
+                        setValue(e, m, t.name, row->first, c->name, randomValue(*c, random, t.fresh[c->name]));
+                    } catch (const DbError &error) {
+                        ASSERT_TRUE(QString::fromUtf8(error.what()).contains(QLatin1String("does not compute alike")))
+                            << k.file << ": " << error.what();
+                        refused << t.name;
+                    }
+                }
+            });
+            copy.verify(std::string(k.file) + " round " + std::to_string(round));
+        }
+        EXPECT_EQ(refused, k.refused) << k.file;
+    }
+}
+
+TEST(JetKeys, ALanguageOfThousandsOfRowsAddedAndDeleted)
+{
+    EditedCopy copy(jetTestFile(QStringLiteral("helptext_keys")));
+    const struct {
+        const char *texts, *definitions;
+    } kinds[] = {{"AlarmText", "AlarmDefinition"},
+                 {"WarningText", "WarningDefinition"},
+                 {"MaterialChangeText", "MaterialChangeDefinition"}};
+    int added = 0;
+    copy.edit([&](Editor &e, Model &m) {
+        for (const auto &kind : kinds) {
+            const QString texts = QString::fromLatin1(kind.texts);
+            const int columns = int(columnsInOrder(e.table(texts)).size());
+            for (const auto &[slot, definition] : m.rows.at(QString::fromLatin1(kind.definitions))) {
+                QVariantList values{definition[0], 1049};
+                for (int i = 2; i < columns; ++i)
+                    values << textOfLength(20 + added % 200, 2);
+                m.rows[texts][e.insertRow(texts, values).packed()] = values;
+                ++added;
+            }
+        }
+        // Long text keys, so that the index has nodes above nodes.
+        for (int i = 0; i < 6000; ++i) {
+            const QVariantList values{
+                QStringLiteral("%1 - an item of the settings' list, by number").arg(i, 5, 10, QLatin1Char('0')),
+                QString::number(i)};
+            m.rows[QStringLiteral("DBSys")][e.insertRow(QStringLiteral("DBSys"), values).packed()] = values;
+        }
+    });
+    EXPECT_EQ(added, 7560);
+    copy.verify("a language added");
+    EXPECT_EQ(depth(copy.path, QStringLiteral("MaterialChangeText"), 0), 2);
+    EXPECT_EQ(depth(copy.path, QStringLiteral("DBSys"), 0), 3);
+
+    copy.edit([&](Editor &e, Model &m) {
+        for (const auto &kind : kinds) {
+            auto &rows = m.rows[QString::fromLatin1(kind.texts)];
+            for (auto row = rows.begin(); row != rows.end();)
+                if (row->second[1].toInt() == 1031) {
+                    e.deleteRow(QString::fromLatin1(kind.texts), RowPointer::unpack(row->first));
+                    row = rows.erase(row);
+                } else {
+                    ++row;
+                }
+        }
+    });
+    copy.verify("a language deleted");
+}
+
+TEST(JetKeys, AKeyValueWithoutAKnownWeightIsRefusedAndTheFileKept)
+{
+    QTemporaryDir dir;
+    const QString path =
+        writeIn(dir, QStringLiteral("keys.mdb"), readFileBytes(jetTestFile(QStringLiteral("helptext_keys"))));
+    const QByteArray before = readFileBytes(path);
+    for (const QString &machine : {QStringLiteral("Füller 3"), QStringLiteral("Line\t2")}) {
+        try {
+            Editor e(path);
+            std::optional<std::pair<RowPointer, QVariantList>> first;
+            e.readRows(QStringLiteral("AlarmDefinition"), [&](RowPointer slot, const QVariantList &values) {
+                if (!first)
+                    first = {slot, values};
+            });
+            first->second[1] = machine;
+            e.updateRow(QStringLiteral("AlarmDefinition"), first->first, first->second);
+            e.commit();
+            ADD_FAILURE() << "written: " << machine.toStdString();
+        } catch (const DbError &e) {
+            EXPECT_TRUE(QString::fromUtf8(e.what()).contains(QLatin1String("MachineType"))) << e.what();
+        }
+        EXPECT_EQ(readFileBytes(path), before);
+    }
+}
