@@ -99,6 +99,25 @@ bool layOutRows(char *page, std::vector<PageRow> rows)
     return true;
 }
 
+bool appendRowOnPage(char *page, const QByteArray &bytes, quint16 flags)
+{
+    const int count = rowCount(page);
+    const int headerEnd = kDataHeader + 2 * (count + 1);
+    if (count >= kMaxRowsPerPage || headerEnd > kPageSize)
+        return false;
+    int lowest = kPageSize;
+    for (int r = 0; r < count; ++r)
+        lowest = std::min(lowest, le16(page + kDataHeader + 2 * r) & kRowOffsetMask);
+    const int start = lowest - int(bytes.size());
+    if (start < headerEnd)
+        return false;
+    std::copy(bytes.begin(), bytes.end(), page + start);
+    put16(page + kDataHeader + 2 * count, quint16(start) | flags);
+    put16(page + 12, quint16(count + 1));
+    put16(page + 2, quint16(start - headerEnd));
+    return true;
+}
+
 void initDataPage(char *page, quint32 tableDefPage, bool longValues)
 {
     std::fill(page, page + kPageSize, '\0');

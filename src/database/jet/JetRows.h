@@ -36,6 +36,9 @@ std::vector<PageRow> pageRows(const Image &image, quint32 pageNumber);
 // its flags; deleted rows keep no bytes. False, with the page unchanged, when
 // they do not fit.
 bool layOutRows(char *page, std::vector<PageRow> rows);
+// Adds a row after the page's last one, below its lowest row, the others left
+// where they are. False, with the page unchanged, when it has no room there.
+bool appendRowOnPage(char *page, const QByteArray &bytes, quint16 flags);
 // A new data page of the table whose definition is on `tableDefPage` ("LVAL" for long values).
 void initDataPage(char *page, quint32 tableDefPage, bool longValues = false);
 

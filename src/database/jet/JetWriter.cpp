@@ -44,6 +44,15 @@ void Writer::refuse(const QString &why) const
 
 bool Writer::replaceRowOnPage(quint32 page, int row, const QByteArray &bytes, quint16 flags)
 {
+    // A row after the last goes below the others while there is room: no need to lay them out again.
+    if (row == rowCount(m_image.page(page)) && flags != kRowDeleted) {
+        char copy[kPageSize];
+        std::copy_n(m_image.page(page), kPageSize, copy);
+        if (appendRowOnPage(copy, bytes, flags)) {
+            std::copy_n(copy, kPageSize, m_image.changePage(page));
+            return true;
+        }
+    }
     std::vector<PageRow> rows = pageRows(m_image, page);
     if (row < 0 || row > int(rows.size()))
         return false;
@@ -78,21 +87,19 @@ RowPointer Writer::addLongValueRow(const TableDef &table, const Column &column, 
 {
     if (column.longValueMap == 0)
         refuse(QStringLiteral("column %1 of table %2 has no pages for long values").arg(column.name, table.name));
-    const quint32 last = m_lastPage.value(column.longValueMap);
-    if (last != 0 && rowCount(m_image.page(last)) < kMaxRowsPerPage &&
-        computedFreeSpace(m_image, last) >= data.size() + 2 &&
-        replaceRowOnPage(last, rowCount(m_image.page(last)), data, 0))
-        return {last, quint8(rowCount(m_image.page(last)) - 1)};
-    for (quint32 page : mapPages(m_image, column.longValueMap)) {
-        if (page >= m_image.pageCount())
-            continue;
+    const auto takes = [&](quint32 page) {
+        if (page == 0 || page >= m_image.pageCount())
+            return false;
         const char *p = m_image.page(page);
-        if (quint8(p[0]) != PageData || QByteArray(p + 4, 4) != "LVAL" || rowCount(p) >= kMaxRowsPerPage ||
-            computedFreeSpace(m_image, page) < data.size() + 2)
-            continue;
-        const int row = rowCount(p);
-        if (replaceRowOnPage(page, row, data, 0))
-            return {page, quint8(row)};
+        return quint8(p[0]) == PageData && QByteArray(p + 4, 4) == "LVAL" && rowCount(p) < kMaxRowsPerPage &&
+               freeSpaceField(p) >= data.size() + 2 && replaceRowOnPage(page, rowCount(p), data, 0);
+    };
+    const quint32 last = m_lastPage.value(column.longValueMap);
+    if (takes(last))
+        return {last, quint8(rowCount(m_image.page(last)) - 1)};
+    if (const quint32 page = firstPageTaking(column.longValueMap, takes)) {
+        m_lastPage[column.longValueMap] = page;
+        return {page, quint8(rowCount(m_image.page(page)) - 1)};
     }
     const quint32 page = newPage(column.longValueMap, 0, table.page, true);
     if (!replaceRowOnPage(page, 0, data, 0))
@@ -242,8 +249,21 @@ bool Writer::takesRow(const TableDef &table, quint32 page, const QByteArray &byt
     if (page == 0 || page >= m_image.pageCount())
         return false;
     const char *p = m_image.page(page);
+    // The free-space field only sorts pages out: laying the rows out again says whether it fits.
     return quint8(p[0]) == PageData && le32(p + 4) == table.page && rowCount(p) < kMaxRowsPerPage &&
-           computedFreeSpace(m_image, page) >= bytes.size() + 2 && replaceRowOnPage(page, rowCount(p), bytes, 0);
+           freeSpaceField(p) >= bytes.size() + 2 && replaceRowOnPage(page, rowCount(p), bytes, 0);
+}
+
+quint32 Writer::firstPageTaking(quint32 map, const std::function<bool(quint32)> &takes)
+{
+    auto known = m_pagesWithRoom.find(map);
+    if (known == m_pagesWithRoom.end())
+        known = m_pagesWithRoom.insert(map, {mapPages(m_image, map), 0});
+    // A page that took nothing is full for the rest of the round; one that took the row may take more.
+    for (; known->next < known->pages.size(); ++known->next)
+        if (takes(known->pages[known->next]))
+            return known->pages[known->next];
+    return 0;
 }
 
 void Writer::addToRowCount(const TableDef &table, int delta)
@@ -284,17 +304,8 @@ RowPointer Writer::addRow(const TableDef &table, std::vector<ColumnChange> value
     quint32 page = m_lastPage.value(table.usedPagesMap);
     if (!takesRow(table, page, bytes)) {
         page = 0;
-        if (anyPage) {
-            // The table's pages in their order, each looked at until it is full.
-            auto known = m_pagesWithRoom.find(table.page);
-            if (known == m_pagesWithRoom.end())
-                known = m_pagesWithRoom.insert(table.page, {mapPages(m_image, table.usedPagesMap), 0});
-            for (; known->next < known->pages.size() && page == 0; ++known->next)
-                if (takesRow(table, known->pages[known->next], bytes))
-                    page = known->pages[known->next];
-            if (page != 0)
-                --known->next; // it may take more
-        }
+        if (anyPage)
+            page = firstPageTaking(table.usedPagesMap, [&](quint32 p) { return takesRow(table, p, bytes); });
         if (page == 0) {
             page = newPage(table.usedPagesMap, table.freePagesMap, table.page, false);
             if (!replaceRowOnPage(page, 0, bytes, 0))

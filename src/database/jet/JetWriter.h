@@ -12,6 +12,7 @@
 
 #include <QHash>
 #include <QVariant>
+#include <functional>
 #include <vector>
 
 namespace ht::jet
@@ -48,6 +49,8 @@ class Writer
     quint32 newPage(quint32 ownerMap, quint32 freeMap, quint32 tableDefPage, bool longValues);
     RowPointer addRow(const TableDef &table, std::vector<ColumnChange> values, bool anyPage);
     bool takesRow(const TableDef &table, quint32 page, const QByteArray &bytes);
+    // The first of the map's pages `takes` the row on, looked at in their order once a round; 0 when none.
+    quint32 firstPageTaking(quint32 map, const std::function<bool(quint32)> &takes);
     void markDeleted(RowPointer at);
     void addToRowCount(const TableDef &table, int delta);
     bool replaceRowOnPage(quint32 page, int row, const QByteArray &bytes, quint16 flags);
@@ -59,7 +62,7 @@ class Writer
         std::vector<quint32> pages;
         size_t next = 0; // those before it are full
     };
-    QHash<quint32, PagesWithRoom> m_pagesWithRoom; // per table definition page
+    QHash<quint32, PagesWithRoom> m_pagesWithRoom; // per page map
 };
 
 } // namespace ht::jet
