@@ -5,6 +5,8 @@
 #include "database/jet/JetCheck.h"
 #include "database/jet/JetIndex.h"
 #include "database/jet/JetRows.h"
+#include "database/jet/JetValues.h"
+#include "database/jet/JetWriter.h"
 
 #include <QRandomGenerator>
 #include <gtest/gtest.h>
@@ -105,6 +107,7 @@ TEST(JetKeys, RandomInsertsDeletesAndKeyChangesKeepEveryIndexSound)
         {"compIndexTestV2000", 6, 40, {}},
         {"testUnicodeCompV2003", 4, 8, {QStringLiteral("Table")}},
         {"delTestV2000", 4, 8, {}},
+        {"overflowTestV2000", 4, 8, {}},
         {"helptext_keys", 4, 60, {}},
     };
     for (const Case &k : cases) {
@@ -205,27 +208,69 @@ TEST(JetKeys, ALanguageOfThousandsOfRowsAddedAndDeleted)
     copy.verify("a language deleted");
 }
 
-TEST(JetKeys, AKeyValueWithoutAKnownWeightIsRefusedAndTheFileKept)
+TEST(JetKeys, KeysThisProgramCannotComputeAreRefusedAndTheFileKept)
 {
-    QTemporaryDir dir;
-    const QString path =
-        writeIn(dir, QStringLiteral("keys.mdb"), readFileBytes(jetTestFile(QStringLiteral("helptext_keys"))));
-    const QByteArray before = readFileBytes(path);
-    for (const QString &machine : {QStringLiteral("Füller 3"), QStringLiteral("Line\t2")}) {
+    // Byte 11 of a column's block holds its sort order; DBSys.Item's block is the first on page 49.
+    constexpr qsizetype kItemSortOrder = 49 * kPageSize + 63 + 12 + 11;
+    struct Case {
+        const char *what;
+        QString table;
+        int column;
+        QString value;
+        std::function<void(QByteArray &)> damage;
+    };
+    const Case cases[] = {
+        {"a letter without a known weight", QStringLiteral("AlarmDefinition"), 1, QStringLiteral("Füller 3"), {}},
+        {"a control character", QStringLiteral("AlarmDefinition"), 1, QStringLiteral("Line\t2"), {}},
+        {"a key column sorted as German", QStringLiteral("DBSys"), 0, QStringLiteral("MaxLenOther"),
+         [](QByteArray &b) { b[kItemSortOrder] = 0x07; }},
+    };
+    for (const Case &k : cases) {
+        QTemporaryDir dir;
+        QByteArray bytes = readFileBytes(jetTestFile(QStringLiteral("helptext_keys")));
+        if (k.damage)
+            k.damage(bytes);
+        const QString path = writeIn(dir, QStringLiteral("keys.mdb"), bytes);
         try {
             Editor e(path);
             std::optional<std::pair<RowPointer, QVariantList>> first;
-            e.readRows(QStringLiteral("AlarmDefinition"), [&](RowPointer slot, const QVariantList &values) {
+            e.readRows(k.table, [&](RowPointer slot, const QVariantList &values) {
                 if (!first)
                     first = {slot, values};
             });
-            first->second[1] = machine;
-            e.updateRow(QStringLiteral("AlarmDefinition"), first->first, first->second);
+            first->second[k.column] = k.value;
+            e.updateRow(k.table, first->first, first->second);
             e.commit();
-            ADD_FAILURE() << "written: " << machine.toStdString();
+            ADD_FAILURE() << k.what << ": written";
         } catch (const DbError &e) {
-            EXPECT_TRUE(QString::fromUtf8(e.what()).contains(QLatin1String("MachineType"))) << e.what();
+            const QString why = QString::fromUtf8(e.what());
+            EXPECT_TRUE(why.contains(
+                QStringLiteral("column %1").arg(columnsInOrder(Editor(path).table(k.table))[size_t(k.column)]->name)))
+                << k.what << ": " << e.what();
         }
-        EXPECT_EQ(readFileBytes(path), before);
+        EXPECT_EQ(readFileBytes(path), bytes) << k.what;
     }
+}
+
+TEST(JetKeys, AnAutonumberLeftNullGetsTheTablesNextNumber)
+{
+    Image image = loadImage(jetTestFile(QStringLiteral("testUnicodeCompV2003")));
+    quint32 page = 0;
+    for (const CatalogEntry &entry : readCatalog(image))
+        if (entry.name == QLatin1String("Table"))
+            page = entry.tableDefPage;
+    const TableDef t = readTableDef(image, page, QStringLiteral("Table"));
+    const Column *id = t.column(QStringLiteral("ID")), *text = t.column(QStringLiteral("Unicode"));
+    ASSERT_TRUE(id && id->autoNumber());
+    Writer writer(image);
+    const struct {
+        QVariant given;
+        qint64 expected;
+    } rows[] = {{QVariant(), 9}, {40, 40}, {QVariant(), 41}, {12, 12}, {QVariant(), 42}};
+    for (const auto &row : rows) {
+        const RowPointer at = writer.insertRow(t, {{id, row.given}, {text, QStringLiteral("x")}});
+        EXPECT_EQ(columnValue(image, decodeRow(image, rowData(image, at), true), *id).toLongLong(), row.expected);
+    }
+    EXPECT_EQ(le32(image.page(page) + kTableAutoNumberOffset), 42u);
+    EXPECT_EQ(readTableDef(image, page, QStringLiteral("Table")).rowCount, 8u + 5u);
 }

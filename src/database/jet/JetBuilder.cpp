@@ -18,7 +18,6 @@ namespace
 constexpr quint32 kCatalogPage = 2;
 constexpr int kColumnBlock = 25, kInlineMapBytes = 64;
 constexpr quint8 kUserTable = 0x4E;
-constexpr quint16 kGeneralSortOrder = 0x0409;
 constexpr quint8 kColumnFixed = 0x03, kColumnVariable = 0x02, kCompressibleText = 0x01;
 
 void append16(QByteArray &b, quint16 v)

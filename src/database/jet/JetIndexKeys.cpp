@@ -119,6 +119,13 @@ std::optional<QByteArray> rowIndexKey(const TableDef &table, int index, const St
                            .arg(c->name, table.name);
             return std::nullopt;
         }
+        if (c->type == TypeText && c->sortOrder != kGeneralSortOrder) {
+            if (why)
+                *why = QStringLiteral("column %1 of table %2 is indexed in a sort order other than General (%3)")
+                           .arg(c->name, table.name)
+                           .arg(c->sortOrder, 4, 16, QLatin1Char('0'));
+            return std::nullopt;
+        }
         if (isNull(row, *c)) {
             key += nullIndexKey(ascending);
             continue;

@@ -127,6 +127,7 @@ TableDef readTableDef(const Image &image, quint32 page, const QString &name)
         col.type = quint8(b[0]);
         col.number = le16(b + 5);
         col.variableIndex = le16(b + 7);
+        col.sortOrder = le16(b + 11);
         col.flags = quint8(b[15]);
         col.miscFlags = quint8(b[16]);
         col.fixedOffset = le16(b + 21);

@@ -38,6 +38,7 @@ struct Column {
     quint16 length = 0;        // bytes, for Text twice the characters
     quint8 flags = 0;
     quint8 miscFlags = 0;
+    quint16 sortOrder = 0; // of Text: the language whose order its index keys follow
     bool indexed = false;
     quint32 longValueMap = 0; // the pages of this long-value column's values (packed row pointer), 0 when none
     bool fixed() const { return flags & 0x01; }
@@ -45,6 +46,8 @@ struct Column {
     bool compressible() const { return miscFlags & 0x01; } // Text may be stored compressed
     bool longValue() const { return type == TypeMemo || type == TypeOle; }
 };
+
+constexpr quint16 kGeneralSortOrder = 0x0409; // Access's "General" order
 
 struct TableDef {
     QString name;
