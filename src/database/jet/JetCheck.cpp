@@ -212,6 +212,9 @@ void Checker::table(const CatalogEntry &entry, bool rowsToo)
     for (const Column &c : t.columns)
         if (c.longValueMap != 0)
             owned(QStringLiteral("table %1, column %2").arg(t.name, c.name), mapPages(m_image, c.longValueMap));
+    for (size_t i = 0; i < t.indexMaps.size(); ++i)
+        if (t.indexMaps[i] != 0)
+            owned(QStringLiteral("table %1, index %2").arg(t.name).arg(i), mapPages(m_image, t.indexMaps[i]));
     if (!rowsToo)
         return;
     QSet<quint32> targets, liveSlots;
