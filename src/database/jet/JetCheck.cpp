@@ -169,7 +169,13 @@ void Checker::index(const TableDef &t, int number, const QSet<quint32> &liveSlot
 void Checker::nodes(const TableDef &t, int number, const QString &name, const std::vector<quint32> &leaves)
 {
     std::vector<quint32> reached;
+    QSet<quint32> seen;
     const std::function<QByteArray(quint32, int)> walk = [&](quint32 page, int depth) -> QByteArray {
+        if (seen.contains(page)) {
+            problem(name + QStringLiteral(": page %1 is reached twice").arg(page));
+            return {};
+        }
+        seen.insert(page);
         const char *p = m_image.page(page);
         if (quint8(p[0]) == kIndexLeafPage) {
             reached.push_back(page);

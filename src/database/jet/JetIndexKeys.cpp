@@ -149,6 +149,11 @@ std::optional<QByteArray> rowIndexKey(const TableDef &table, int index, const St
             key += *textKey;
         } else {
             const int width = c->type == TypeLong ? 4 : 2;
+            if (stored.size() < width) {
+                if (why)
+                    *why = QStringLiteral("a row of table %1 is cut off in column %2").arg(table.name, c->name);
+                return std::nullopt;
+            }
             qint64 value = 0;
             for (int i = width - 1; i >= 0; --i)
                 value = (value << 8) | quint8(stored[i]);
