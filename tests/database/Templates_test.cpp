@@ -73,8 +73,8 @@ TEST_P(TemplateDatabase, IsAcceptedWithFiveFreeBlocksAndLanguagesWithoutTexts)
                                       "+ (SELECT COUNT(*) FROM WarningText)")),
               QStringList{QStringLiteral("0")});
     // The languages of the language definitions that come with the program, English and German among them.
-    EXPECT_TRUE(
-        dump(db, QStringLiteral("SELECT Name, Font FROM Language")).contains(QStringLiteral("Deutsch|Arial 10 400")));
+    EXPECT_TRUE(dump(db, QStringLiteral("SELECT Name, Font FROM Language"))
+                    .contains(QStringLiteral("Deutsch|Arial 10 400")));
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutMaterialChange, TemplateDatabase, ::testing::Bool());
