@@ -191,6 +191,9 @@ void rebuildIndex(Image &image, const TableDef &table, int index)
         const std::optional<QByteArray> key = rowIndexKey(table, index, row, &why, &allNull);
         if (!key)
             refuse(image, why);
+        // A node page must hold two entries at least, or the levels above the leaves would never end.
+        if (key->size() + kPointerBytes + kChildBytes > kMaxEntryBytes / 2)
+            refuse(image, QStringLiteral("a key of table %1 is too long for its index").arg(table.name));
         if (!(allNull && ignoreNulls))
             entries.push_back(*key + pointerBytes(slot));
     });
