@@ -372,3 +372,18 @@ TEST(JetKeys, EveryRowDeletedAndAddedAgain)
         EXPECT_EQ(depth(copy.path, table, 0), depth(jetTestFile(QString::fromLatin1(k.file)), table, 0)) << k.file;
     }
 }
+
+TEST(JetKeys, AnEditorGoesOnAfterACommit)
+{
+    EditedCopy copy(jetTestFile(QStringLiteral("compIndexTestV2000")));
+    const QString table = QStringLiteral("Table1");
+    Editor e(copy.path);
+    for (int round = 0; round < 3; ++round) {
+        const auto first = copy.model.rows.at(table).begin();
+        e.deleteRow(table, RowPointer::unpack(first->first));
+        copy.model.rows.at(table).erase(first);
+        e.commit();
+        EXPECT_EQ(e.table(table).rowCount, copy.model.rows.at(table).size());
+        copy.verify("commit " + std::to_string(round));
+    }
+}

@@ -250,6 +250,13 @@ void Editor::rebuildIndexes()
             for (int i = 0; i < int(t.indexRoots.size()); ++i)
                 rebuildIndex(m_image, t, i);
         }
+        // The definitions read before say where the roots were and how many rows there were.
+        for (const QString &name : m_changedTables) {
+            TableDef &known = m_tables.at(name);
+            const TableDef now = readTableDef(m_image, known.page, name);
+            known.rowCount = now.rowCount;
+            known.indexRoots = now.indexRoots;
+        }
     });
     m_keysChanged.clear();
 }
