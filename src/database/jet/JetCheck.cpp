@@ -141,6 +141,8 @@ void Checker::index(const TableDef &t, int number, const QSet<quint32> &liveSlot
         forEachLeaf(m_image, t.indexRoots[size_t(number)], [&](quint32 leaf, const std::vector<QByteArray> &entries) {
             if (le32(m_image.page(leaf) + 12) != previousLeaf)
                 problem(name + QStringLiteral(": leaf %1 does not link back to leaf %2").arg(leaf).arg(previousLeaf));
+            if (le32(m_image.page(leaf) + 4) != t.page)
+                problem(name + QStringLiteral(": leaf %1 is another table's").arg(leaf));
             leaves.push_back(leaf);
             previousLeaf = leaf;
             for (const QByteArray &e : entries)
@@ -203,7 +205,12 @@ void Checker::nodes(const TableDef &t, int number, const QString &name, const st
             last = walk(le32(p + 20), depth + 1);
         return last;
     };
-    walk(t.indexRoots[size_t(number)], 0);
+    try {
+        walk(t.indexRoots[size_t(number)], 0);
+    } catch (const DbError &e) {
+        problem(name + QStringLiteral(": ") + QString::fromUtf8(e.what()));
+        return;
+    }
     if (reached != leaves)
         problem(
             name +
