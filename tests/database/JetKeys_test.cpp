@@ -387,3 +387,30 @@ TEST(JetKeys, AnEditorGoesOnAfterACommit)
         copy.verify("commit " + std::to_string(round));
     }
 }
+
+TEST(JetKeys, NullKeysAsTheIndexAllows)
+{
+    // Table1's primary key (index 1) made unique only, or left required as Access made it.
+    const struct {
+        quint8 flags;
+        const char *refusal; // "" when two rows without an id are taken
+    } cases[] = {{kIndexUnique | 0x80, ""}, {kIndexUnique | kIndexRequired | 0x80, "primary key empty"}};
+    for (const auto &k : cases) {
+        QTemporaryDir dir;
+        QByteArray bytes = readFileBytes(jetTestFile(QStringLiteral("indexTestV2000")));
+        const TableDef t = readTableDef(Image(bytes, QStringLiteral("x")), 24, QStringLiteral("Table1"));
+        bytes[24 * kPageSize + t.indexBlockOffsets[1] + kIndexBlockFlags] = char(k.flags);
+        const QString path = writeIn(dir, QStringLiteral("nulls.mdb"), bytes);
+        QString why;
+        try {
+            Editor e(path);
+            for (int n = 0; n < 2; ++n)
+                e.insertRow(QStringLiteral("Table1"), {QVariant(), QVariant(), QVariant(), QStringLiteral("no id")});
+            e.commit();
+            EXPECT_TRUE(checkStructure(loadImage(path)).isEmpty());
+        } catch (const DbError &error) {
+            why = QString::fromUtf8(error.what());
+        }
+        EXPECT_TRUE(*k.refusal ? why.contains(QLatin1String(k.refusal)) : why.isEmpty()) << why.toStdString();
+    }
+}

@@ -4,6 +4,7 @@
 #include "database/jet/JetIndexKeys.h"
 #include "database/jet/JetRows.h"
 
+#include <QSet>
 #include <algorithm>
 #include <deque>
 
@@ -183,26 +184,33 @@ QString storedKeysDiffer(const Image &image, const TableDef &table, int index)
 void rebuildIndex(Image &image, const TableDef &table, int index)
 {
     std::vector<QByteArray> entries;
+    QSet<QByteArray> withNull; // keys with a null, which a unique index may hold more than once
     const bool ignoreNulls = table.indexFlags[size_t(index)] & kIndexIgnoreNulls;
     forEachRow(image, table, [&](RowPointer slot, const QByteArray &bytes) {
         const StoredRow row = decodeRow(image, bytes, table.variableColumns > 0);
         QString why;
-        bool allNull = false;
-        const std::optional<QByteArray> key = rowIndexKey(table, index, row, &why, &allNull);
+        bool allNull = false, anyNull = false;
+        const std::optional<QByteArray> key = rowIndexKey(table, index, row, &why, &allNull, &anyNull);
         if (!key)
             refuse(image, why);
         // A node page must hold two entries at least, or the levels above the leaves would never end.
         if (key->size() + kPointerBytes + kChildBytes > kMaxEntryBytes / 2)
             refuse(image, QStringLiteral("a key of table %1 is too long for its index").arg(table.name));
-        if (!(allNull && ignoreNulls))
-            entries.push_back(*key + pointerBytes(slot));
+        if (anyNull && (table.indexFlags[size_t(index)] & kIndexRequired))
+            refuse(image, QStringLiteral("a row of table %1 leaves a column of its primary key empty").arg(table.name));
+        if (allNull && ignoreNulls)
+            return;
+        entries.push_back(*key + pointerBytes(slot));
+        if (anyNull)
+            withNull.insert(*key);
     });
     std::sort(entries.begin(), entries.end());
     quint32 distinct = 0;
     for (size_t i = 0; i < entries.size(); ++i) {
         const bool same = i > 0 && entries[i].size() == entries[i - 1].size() &&
                           std::equal(entries[i].begin(), entries[i].end() - kPointerBytes, entries[i - 1].begin());
-        if (same && (table.indexFlags[size_t(index)] & kIndexUnique))
+        if (same && (table.indexFlags[size_t(index)] & kIndexUnique) &&
+            !withNull.contains(entries[i].left(entries[i].size() - kPointerBytes)))
             refuse(image, QStringLiteral("table %1 would hold the same key twice in a unique index").arg(table.name));
         distinct += same ? 0 : 1;
     }

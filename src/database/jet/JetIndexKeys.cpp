@@ -99,10 +99,10 @@ std::optional<QByteArray> textIndexKey(const QString &text, bool ascending)
 }
 
 std::optional<QByteArray> rowIndexKey(const TableDef &table, int index, const StoredRow &row, QString *why,
-                                      bool *allNull)
+                                      bool *allNull, bool *anyNull)
 {
     QByteArray key;
-    bool nulls = true;
+    bool nulls = true, aNull = false;
     const std::vector<quint16> &numbers = table.indexColumns[size_t(index)];
     for (size_t k = 0; k < numbers.size(); ++k) {
         const bool ascending = table.indexAscending[size_t(index)][k];
@@ -128,6 +128,7 @@ std::optional<QByteArray> rowIndexKey(const TableDef &table, int index, const St
         }
         if (isNull(row, *c)) {
             key += nullIndexKey(ascending);
+            aNull = true;
             continue;
         }
         nulls = false;
@@ -164,6 +165,8 @@ std::optional<QByteArray> rowIndexKey(const TableDef &table, int index, const St
     }
     if (allNull)
         *allNull = nulls;
+    if (anyNull)
+        *anyNull = aNull;
     return key;
 }
 

@@ -20,8 +20,8 @@ QByteArray nullIndexKey(bool ascending);
 
 // The key index `index` of the table gives a row. Nullopt, with the reason in
 // `why`, when a key column is of a type or holds a value this cannot encode.
-// `allNull` says whether every key column is null.
+// `allNull` says whether every key column is null, `anyNull` whether one is.
 std::optional<QByteArray> rowIndexKey(const TableDef &table, int index, const StoredRow &row, QString *why = nullptr,
-                                      bool *allNull = nullptr);
+                                      bool *allNull = nullptr, bool *anyNull = nullptr);
 
 } // namespace ht::jet

@@ -155,7 +155,7 @@ TableDef readTableDef(const Image &image, quint32 page, const QString &name)
         t.indexColumns.push_back(keys);
         t.indexMaps.push_back(le32(b + 34));
         t.indexRoots.push_back(le32(b + kIndexBlockRoot));
-        t.indexFlags.push_back(quint8(b[46]));
+        t.indexFlags.push_back(quint8(b[kIndexBlockFlags]));
     }
     c.take(kLogicalIndexBlock * int(logicalIndexes));
     for (quint32 i = 0; i < logicalIndexes; ++i)

@@ -60,7 +60,7 @@ struct TableDef {
     std::vector<std::vector<bool>> indexAscending;  // per physical index, per column: ascending (else descending)
     std::vector<quint32> indexRoots;
     std::vector<quint32> indexMaps;     // per physical index, its pages' usage map (packed row pointer)
-    std::vector<quint8> indexFlags;     // per physical index: kIndexUnique, kIndexIgnoreNulls
+    std::vector<quint8> indexFlags;     // per physical index: kIndexUnique, kIndexIgnoreNulls, kIndexRequired
     std::vector<int> indexBlockOffsets; // per physical index, where its block lies in the definition's bytes
     const Column *column(const QString &name) const; // any case; nullptr when absent
 };
@@ -71,7 +71,8 @@ constexpr int kTableRowCountOffset = 16;
 constexpr int kTableAutoNumberOffset = 20; // the last number an autonumber column was given
 constexpr int kIndexKeyCounts = 63;        // per physical index 12 bytes, the count of its distinct keys at +4
 constexpr int kIndexBlockRoot = 38;        // in a physical index's block: its root page
-constexpr quint8 kIndexUnique = 0x01, kIndexIgnoreNulls = 0x02;
+constexpr quint8 kIndexUnique = 0x01, kIndexIgnoreNulls = 0x02, kIndexRequired = 0x08;
+constexpr int kIndexBlockFlags = 46; // in a physical index's block
 // A 32-bit field of a definition that may go on over several pages, at `offset`
 // of its bytes as readTableDef joins them.
 void putTableDef32(Image &image, quint32 tableDefPage, int offset, quint32 value);
