@@ -414,3 +414,30 @@ TEST(JetKeys, NullKeysAsTheIndexAllows)
         EXPECT_TRUE(*k.refusal ? why.contains(QLatin1String(k.refusal)) : why.isEmpty()) << why.toStdString();
     }
 }
+
+TEST(JetKeys, TheCheckFindsKeysAnIndexMayNotHold)
+{
+    // Rows written while Table1's primary key (index 1) was neither unique nor required, then its flags put back.
+    const struct {
+        QVariant id;
+        const char *problem;
+    } cases[] = {{1, "is another row's too"}, {QVariant(), "no value in a required key"}};
+    for (const auto &k : cases) {
+        QTemporaryDir dir;
+        QByteArray bytes = readFileBytes(jetTestFile(QStringLiteral("indexTestV2000")));
+        const TableDef t = readTableDef(Image(bytes, QStringLiteral("x")), 24, QStringLiteral("Table1"));
+        const qsizetype flags = 24 * kPageSize + t.indexBlockOffsets[1] + kIndexBlockFlags;
+        const char accessFlags = bytes[flags];
+        bytes[flags] = char(0x80);
+        const QString path = writeIn(dir, QStringLiteral("keys.mdb"), bytes);
+        {
+            Editor e(path);
+            e.insertRow(QStringLiteral("Table1"), {k.id, 7, 7, QStringLiteral("again")});
+            e.commit();
+        }
+        bytes = readFileBytes(path);
+        bytes[flags] = accessFlags;
+        EXPECT_TRUE(checkStructure(Image(bytes, path)).join(QLatin1Char('\n')).contains(QLatin1String(k.problem)))
+            << k.problem;
+    }
+}

@@ -115,9 +115,10 @@ void Checker::dataPage(const TableDef &t, quint32 page, QSet<quint32> &targets, 
 void Checker::index(const TableDef &t, int number, const QSet<quint32> &liveSlots)
 {
     const QString name = QStringLiteral("table %1, index %2").arg(t.name).arg(number);
-    const bool ignoreNulls = t.indexFlags[size_t(number)] & kIndexIgnoreNulls;
+    const quint8 flags = t.indexFlags[size_t(number)];
+    const bool ignoreNulls = flags & kIndexIgnoreNulls;
     QSet<quint32> listed;
-    QByteArray previous;
+    QByteArray previous, previousKey;
     quint32 previousLeaf = 0, expected = 0;
     std::vector<quint32> leaves;
     const auto entry = [&](quint32 leaf, const QByteArray &entry) {
@@ -131,11 +132,18 @@ void Checker::index(const TableDef &t, int number, const QSet<quint32> &liveSlot
             return;
         }
         const StoredRow row = decodeRow(m_image, rowData(m_image, at), t.variableColumns > 0);
-        const std::optional<QByteArray> key = rowIndexKey(t, number, row);
-        if (key && *key != entry.left(entry.size() - 4))
+        bool anyNull = false;
+        const std::optional<QByteArray> key = rowIndexKey(t, number, row, nullptr, nullptr, &anyNull);
+        const QByteArray stored = entry.left(entry.size() - 4);
+        if (key && *key != stored)
             problem(name + QStringLiteral(": the entry of page %1 row %2 does not hold the row's values")
                                .arg(at.page)
                                .arg(at.row));
+        if (key && anyNull && (flags & kIndexRequired))
+            problem(name + QStringLiteral(": page %1 row %2 has no value in a required key").arg(at.page).arg(at.row));
+        if (key && !anyNull && (flags & kIndexUnique) && stored == previousKey)
+            problem(name + QStringLiteral(": the key of page %1 row %2 is another row's too").arg(at.page).arg(at.row));
+        previousKey = stored;
     };
     try {
         forEachLeaf(m_image, t.indexRoots[size_t(number)], [&](quint32 leaf, const std::vector<QByteArray> &entries) {
