@@ -1,10 +1,12 @@
 // libFuzzer target of the Access (Jet 4) page code: whatever the bytes, reading
-// every table, checking the structure and changing a row in memory either
-// work or end in a DbError, and never crash, hang or read out of bounds.
+// every table, checking the structure, changing, adding and deleting a row in
+// memory and rebuilding every index either work or end in a DbError, and never
+// crash, hang or read out of bounds.
 // Built and run by scripts/fuzz.sh jet.
 #include "database/Database.h"
 #include "database/jet/JetCheck.h"
 #include "database/jet/JetEditor.h"
+#include "database/jet/JetIndex.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -26,10 +28,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
                         v = QString(v.toString().size() + 70, QLatin1Char('x'));
                 try {
                     editor.updateRow(table, slot, values);
+                    editor.insertRow(table, values);
+                    editor.deleteRow(table, slot);
                 } catch (const ht::DbError &) {
                 }
             });
         }
+    } catch (const ht::DbError &) {
+    }
+    try {
+        ht::jet::Image image(bytes, QStringLiteral("fuzz"));
+        for (const ht::jet::CatalogEntry &entry : ht::jet::readCatalog(image, true)) {
+            const ht::jet::TableDef table = ht::jet::readTableDef(image, entry.tableDefPage, entry.name);
+            for (int i = 0; i < int(table.indexRoots.size()); ++i) {
+                try {
+                    ht::jet::rebuildIndex(image, table, i);
+                } catch (const ht::DbError &) {
+                }
+            }
+        }
+        ht::jet::checkStructure(image);
     } catch (const ht::DbError &) {
     }
     return 0;

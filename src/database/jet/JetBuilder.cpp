@@ -1,6 +1,8 @@
 #include "database/jet/JetBuilder.h"
 
 #include "database/Database.h"
+#include "database/jet/JetIndex.h"
+#include "database/jet/JetIndexKeys.h"
 #include "database/jet/JetRows.h"
 #include "database/jet/JetValues.h"
 
@@ -14,17 +16,9 @@ namespace
 {
 
 constexpr quint32 kCatalogPage = 2;
-constexpr int kColumnBlock = 25, kRealIndexCounts = 12, kInlineMapBytes = 64;
-constexpr int kIndexEntries = 480, kIndexBitmap = 27;
-constexpr quint8 kIndexLeaf = 4, kAscendingNotNull = 0x7F;
+constexpr int kColumnBlock = 25, kInlineMapBytes = 64;
 constexpr quint8 kUserTable = 0x4E;
-constexpr quint16 kGeneralSortOrder = 0x0409;
 constexpr quint8 kColumnFixed = 0x03, kColumnVariable = 0x02, kCompressibleText = 0x01;
-
-// Jet's General sort order weighs letters alike in either case; these are its
-// weights of a to z (as the catalog's own index of an Access-made file shows them).
-constexpr quint8 kLetterWeights[26] = {0x4A, 0x4C, 0x4D, 0x4F, 0x51, 0x53, 0x55, 0x57, 0x59, 0x5B, 0x5C, 0x5E, 0x60,
-                                       0x62, 0x64, 0x66, 0x68, 0x69, 0x6B, 0x6D, 0x6F, 0x71, 0x73, 0x75, 0x76, 0x78};
 
 void append16(QByteArray &b, quint16 v)
 {
@@ -47,70 +41,14 @@ QByteArray inlineMap(quint32 start)
     return map;
 }
 
-// An index leaf's entries with the row pointer each ends with, the shared prefix put back.
-std::vector<QByteArray> leafEntries(const char *page)
-{
-    std::vector<QByteArray> entries;
-    const int prefix = le16(page + 24);
-    int start = 0;
-    for (int bit = 0; bit < (kIndexEntries - kIndexBitmap) * 8 && kIndexEntries + bit <= kPageSize; ++bit) {
-        if (!((quint8(page[kIndexBitmap + bit / 8]) >> (bit % 8)) & 1))
-            continue;
-        const QByteArray stored(page + kIndexEntries + start, bit - start);
-        entries.push_back(entries.empty() ? stored : entries.front().left(prefix) + stored);
-        start = bit;
-    }
-    return entries;
-}
-
-// Adds an entry to an index whose root is its only leaf; entries stay in key order.
-void addIndexEntry(Image &image, quint32 root, const QByteArray &key, RowPointer row)
-{
-    const char *page = image.page(root);
-    if (quint8(page[0]) != kIndexLeaf || le32(page + 16) != 0 || le32(page + 12) != 0)
-        image.damaged(QStringLiteral("its catalog index spans more than one page"));
-    QByteArray entry = key;
-    entry.append(char(row.page >> 16)).append(char(row.page >> 8)).append(char(row.page)).append(char(row.row));
-    std::vector<QByteArray> entries = leafEntries(page);
-    entries.insert(std::upper_bound(entries.begin(), entries.end(), entry), entry);
-    qsizetype total = 0;
-    for (const QByteArray &e : entries)
-        total += e.size();
-    if (kIndexEntries + total > kPageSize)
-        image.damaged(QStringLiteral("its catalog index page is full"));
-    char *out = image.changePage(root);
-    std::fill(out + kIndexBitmap, out + kPageSize, '\0');
-    put16(out + 24, 0); // no shared prefix
-    int at = 0;
-    for (const QByteArray &e : entries) {
-        std::copy(e.begin(), e.end(), out + kIndexEntries + at);
-        at += int(e.size());
-        out[kIndexBitmap + at / 8] = char(quint8(out[kIndexBitmap + at / 8]) | (1 << (at % 8)));
-    }
-    put16(out + 2, quint16(kPageSize - kIndexEntries - at));
-}
-
 } // namespace
 
 QByteArray letterIndexKey(const QString &text)
 {
-    QByteArray key(1, char(kAscendingNotNull));
-    for (QChar c : text) {
-        const char16_t lower = QChar::toLower(c.unicode());
-        if (lower < u'a' || lower > u'z')
-            return {};
-        key.append(char(kLetterWeights[lower - u'a']));
-    }
-    return key + QByteArray("\x01\x00", 2);
-}
-
-QByteArray longIndexKey(qint32 value)
-{
-    const quint32 flipped = quint32(value) ^ 0x80000000u;
-    QByteArray key(1, char(kAscendingNotNull));
-    for (int shift = 24; shift >= 0; shift -= 8)
-        key.append(char(flipped >> shift));
-    return key;
+    const bool letters = std::all_of(text.begin(), text.end(), [](QChar c) {
+        return (c >= QLatin1Char('a') && c <= QLatin1Char('z')) || (c >= QLatin1Char('A') && c <= QLatin1Char('Z'));
+    });
+    return letters ? textIndexKey(text).value_or(QByteArray()) : QByteArray();
 }
 
 Builder::Builder(Image &image) : m_image(image), m_writer(image) {}
@@ -229,32 +167,17 @@ void Builder::addCatalogRow(const QString &name, quint32 tableDefPage)
         m_image.damaged(QStringLiteral("its catalog lacks the container of tables"));
 
     const QDateTime now = QDateTime::currentDateTime();
-    const RowPointer at = m_writer.appendRow(catalog, {{id, qint32(tableDefPage)},
-                                                       {parent, tablesId},
-                                                       {objectName, name},
-                                                       {type, 1},
-                                                       {created, now},
-                                                       {updated, now},
-                                                       {owner, catalogOwner},
-                                                       {flags, 0}});
-    // The catalog's indexes: by Id, and by ParentId and Name.
-    for (size_t i = 0; i < catalog.indexColumns.size(); ++i) {
-        QByteArray key;
-        for (quint16 number : catalog.indexColumns[i]) {
-            if (number == id->number)
-                key += longIndexKey(qint32(tableDefPage));
-            else if (number == parent->number)
-                key += longIndexKey(tablesId.toInt());
-            else if (number == objectName->number)
-                key += letterIndexKey(name);
-            else
-                m_image.damaged(QStringLiteral("its catalog has an index that is not known"));
-        }
-        addIndexEntry(m_image, catalog.indexRoots[i], key, at);
-        char *definition = m_image.changePage(kCatalogPage);
-        char *count = definition + 63 + kRealIndexCounts * int(i) + 4;
-        put32(count, le32(count) + 1);
-    }
+    m_writer.appendRow(catalog, {{id, qint32(tableDefPage)},
+                                 {parent, tablesId},
+                                 {objectName, name},
+                                 {type, 1},
+                                 {created, now},
+                                 {updated, now},
+                                 {owner, catalogOwner},
+                                 {flags, 0}});
+    // The catalog's indexes, by Id and by ParentId and Name, made again with the new row.
+    for (int i = 0; i < int(catalog.indexRoots.size()); ++i)
+        rebuildIndex(m_image, readTableDef(m_image, kCatalogPage, catalog.name), i);
 }
 
 void Builder::appendRow(const TableDef &table, const QVariantList &values)

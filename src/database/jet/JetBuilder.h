@@ -37,10 +37,8 @@ class Builder
     Writer m_writer;
 };
 
-// The key bytes Jet's General sort order gives a text of ASCII letters (any
-// case) in an ascending index; empty when the text holds anything else.
+// The key an ascending index gives a name of ASCII letters (any case), as the
+// catalog's index by name holds it; empty when the name holds anything else.
 QByteArray letterIndexKey(const QString &text);
-// The key bytes of a Long value in an ascending index.
-QByteArray longIndexKey(qint32 value);
 
 } // namespace ht::jet

@@ -1,74 +1,23 @@
 #include "database/jet/JetCheck.h"
 
 #include "database/Database.h"
+#include "database/jet/JetIndex.h"
+#include "database/jet/JetIndexKeys.h"
 #include "database/jet/JetRows.h"
 #include "database/jet/JetTable.h"
 #include "database/jet/JetValues.h"
 
 #include <QHash>
 #include <QSet>
+#include <QtEndian>
 #include <algorithm>
+#include <functional>
 
 namespace ht::jet
 {
 
 namespace
 {
-
-constexpr int kIndexEntries = 480, kIndexBitmap = 27;
-constexpr quint8 kIndexNode = 3, kIndexLeaf = 4;
-
-quint32 bigEndianPage(const QByteArray &b, qsizetype at)
-{
-    return (quint32(quint8(b[at])) << 16) | (quint32(quint8(b[at + 1])) << 8) | quint8(b[at + 2]);
-}
-
-// The full entries of an index page, the shared prefix put back.
-QList<QByteArray> indexEntries(const char *page)
-{
-    QList<QByteArray> entries;
-    const int prefix = le16(page + 24);
-    int start = 0;
-    QByteArray first;
-    for (int bit = 0; bit < (kIndexEntries - kIndexBitmap) * 8; ++bit) {
-        if (!((quint8(page[kIndexBitmap + bit / 8]) >> (bit % 8)) & 1))
-            continue;
-        if (kIndexEntries + bit > kPageSize)
-            break;
-        QByteArray stored(page + kIndexEntries + start, bit - start);
-        if (entries.isEmpty())
-            first = stored;
-        entries << (entries.isEmpty() ? stored : first.left(prefix) + stored);
-        start = bit;
-    }
-    return entries;
-}
-
-// The key an index gives a row whose indexed columns are all whole numbers:
-// per column a flag byte and the number big-endian with its sign bit flipped,
-// every byte of it inverted for a descending column. Empty when the index holds
-// other columns or a null, which are not checked.
-QByteArray numericKey(const Image &image, const TableDef &t, int index, const QByteArray &bytes)
-{
-    const StoredRow row = decodeRow(image, bytes, t.variableColumns > 0);
-    QByteArray key;
-    const std::vector<quint16> &columns = t.indexColumns[size_t(index)];
-    for (size_t k = 0; k < columns.size(); ++k) {
-        const quint16 number = columns[k];
-        const bool ascending = t.indexAscending[size_t(index)][k];
-        const auto c =
-            std::find_if(t.columns.begin(), t.columns.end(), [&](const Column &x) { return x.number == number; });
-        if (c == t.columns.end() || (c->type != TypeLong && c->type != TypeInteger) || isNull(row, *c))
-            return {};
-        const qlonglong value = columnValue(image, row, *c).toLongLong();
-        const int width = c->type == TypeLong ? 4 : 2;
-        const quint32 flipped = quint32(value) ^ (1u << (8 * width - 1));
-        key.append(char(ascending ? 0x7F : 0x80));
-        for (int shift = 8 * (width - 1); shift >= 0; shift -= 8)
-            key.append(char(ascending ? flipped >> shift : ~(flipped >> shift)));
-    }
-    return key;
-}
 
 class Checker
 {
@@ -82,6 +31,7 @@ class Checker
     void dataPage(const TableDef &t, quint32 page, QSet<quint32> &targets, QHash<quint32, int> &referenced,
                   QSet<quint32> &liveSlots, quint32 &live);
     void index(const TableDef &t, int number, const QSet<quint32> &liveSlots);
+    void nodes(const TableDef &t, int number, const QString &name, const std::vector<quint32> &leaves);
     void owned(const QString &owner, const std::vector<quint32> &pages);
 
     const Image &m_image;
@@ -165,61 +115,114 @@ void Checker::dataPage(const TableDef &t, quint32 page, QSet<quint32> &targets, 
 void Checker::index(const TableDef &t, int number, const QSet<quint32> &liveSlots)
 {
     const QString name = QStringLiteral("table %1, index %2").arg(t.name).arg(number);
-    quint32 page = t.indexRoots[size_t(number)];
-    // Down the first entries to the leftmost leaf.
-    for (int depth = 0; page != 0; ++depth) {
-        const char *p = m_image.page(page);
-        if (quint8(p[0]) == kIndexLeaf)
-            break;
-        const QList<QByteArray> entries = indexEntries(p);
-        if (quint8(p[0]) != kIndexNode || depth > 16 || (entries.isEmpty() && le32(p + 20) == 0)) {
-            problem(name + QStringLiteral(": page %1 is no index page").arg(page));
-            return;
-        }
-        const QByteArray &first = entries.isEmpty() ? QByteArray() : entries.first();
-        page = first.size() >= 4
-                   ? (quint32(quint8(first[first.size() - 4])) << 24) | bigEndianPage(first, first.size() - 3)
-                   : le32(p + 20);
-    }
+    const quint8 flags = t.indexFlags[size_t(number)];
+    const bool ignoreNulls = flags & kIndexIgnoreNulls;
     QSet<quint32> listed;
-    QByteArray previousKey;
-    int count = 0;
-    for (int pages = 0; page != 0; ++pages) {
-        const char *p = m_image.page(page);
-        if (quint8(p[0]) != kIndexLeaf || pages > 100000) {
-            problem(name + QStringLiteral(": page %1 is no leaf").arg(page));
+    QByteArray previous, previousKey;
+    quint32 previousLeaf = 0, expected = 0;
+    std::vector<quint32> leaves;
+    const auto entry = [&](quint32 leaf, const QByteArray &entry) {
+        const RowPointer at = entryRow(entry);
+        if (!previous.isEmpty() && entry < previous)
+            problem(name + QStringLiteral(": entries out of order on page %1").arg(leaf));
+        previous = entry;
+        listed.insert(at.packed());
+        if (!liveSlots.contains(at.packed())) {
+            problem(name + QStringLiteral(": an entry points at page %1 row %2, no row").arg(at.page).arg(at.row));
             return;
         }
-        for (const QByteArray &entry : indexEntries(p)) {
-            if (entry.size() < 4) {
-                problem(name + QStringLiteral(": an entry is cut off"));
-                return;
-            }
-            const QByteArray key = entry.left(entry.size() - 4);
-            const RowPointer at{bigEndianPage(entry, entry.size() - 4), quint8(entry[entry.size() - 1])};
-            if (count++ > 0 && key < previousKey)
-                problem(name + QStringLiteral(": entries out of order on page %1").arg(page));
-            previousKey = key;
-            if (!liveSlots.contains(at.packed())) {
-                problem(name + QStringLiteral(": an entry points at page %1 row %2, no row").arg(at.page).arg(at.row));
-            } else {
-                QByteArray row = rowBytes(m_image, at.page, at.row);
-                if (slotOf(m_image, at.page, at.row).flags == kRowOverflowPointer) {
-                    const RowPointer target = RowPointer::unpack(le32(row.constData()));
-                    row = rowBytes(m_image, target.page, target.row);
-                }
-                const QByteArray expected = numericKey(m_image, t, number, row);
-                if (!expected.isEmpty() && expected != key)
-                    problem(name + QStringLiteral(": the entry of page %1 row %2 does not hold the row's values")
-                                       .arg(at.page)
-                                       .arg(at.row));
-            }
-            listed.insert(at.packed());
+        const StoredRow row = decodeRow(m_image, rowData(m_image, at), t.variableColumns > 0);
+        bool anyNull = false;
+        const std::optional<QByteArray> key = rowIndexKey(t, number, row, nullptr, nullptr, &anyNull);
+        const QByteArray stored = entry.left(entry.size() - 4);
+        if (key && *key != stored)
+            problem(name + QStringLiteral(": the entry of page %1 row %2 does not hold the row's values")
+                               .arg(at.page)
+                               .arg(at.row));
+        if (key && anyNull && (flags & kIndexRequired))
+            problem(name + QStringLiteral(": page %1 row %2 has no value in a required key").arg(at.page).arg(at.row));
+        if (key && !anyNull && (flags & kIndexUnique) && stored == previousKey)
+            problem(name + QStringLiteral(": the key of page %1 row %2 is another row's too").arg(at.page).arg(at.row));
+        previousKey = stored;
+    };
+    try {
+        forEachLeaf(m_image, t.indexRoots[size_t(number)], [&](quint32 leaf, const std::vector<QByteArray> &entries) {
+            if (le32(m_image.page(leaf) + 12) != previousLeaf)
+                problem(name + QStringLiteral(": leaf %1 does not link back to leaf %2").arg(leaf).arg(previousLeaf));
+            if (le32(m_image.page(leaf) + 4) != t.page)
+                problem(name + QStringLiteral(": leaf %1 is another table's").arg(leaf));
+            leaves.push_back(leaf);
+            previousLeaf = leaf;
+            for (const QByteArray &e : entries)
+                entry(leaf, e);
+        });
+        // Rows whose key columns are all null are left out of an index that ignores nulls.
+        for (quint32 slot : liveSlots) {
+            bool allNull = false;
+            if (ignoreNulls)
+                rowIndexKey(t, number,
+                            decodeRow(m_image, rowData(m_image, RowPointer::unpack(slot)), t.variableColumns > 0),
+                            nullptr, &allNull);
+            expected += allNull ? 0 : 1;
         }
-        page = le32(p + 16);
+    } catch (const DbError &e) {
+        problem(name + QStringLiteral(": ") + QString::fromUtf8(e.what()));
+        return;
     }
-    if (listed.size() != liveSlots.size())
-        problem(name + QStringLiteral(": lists %1 rows of %2").arg(listed.size()).arg(liveSlots.size()));
+    if (quint32(listed.size()) != expected)
+        problem(name + QStringLiteral(": lists %1 rows of %2").arg(listed.size()).arg(expected));
+    nodes(t, number, name, leaves);
+}
+
+// The node pages above the leaves lead to every leaf in the leaves' order, and
+// each child's entry in its parent is the last entry below that child.
+void Checker::nodes(const TableDef &t, int number, const QString &name, const std::vector<quint32> &leaves)
+{
+    std::vector<quint32> reached;
+    QSet<quint32> seen;
+    const std::function<QByteArray(quint32, int)> walk = [&](quint32 page, int depth) -> QByteArray {
+        if (seen.contains(page)) {
+            problem(name + QStringLiteral(": page %1 is reached twice").arg(page));
+            return {};
+        }
+        seen.insert(page);
+        const char *p = m_image.page(page);
+        if (quint8(p[0]) == kIndexLeafPage) {
+            reached.push_back(page);
+            const std::vector<QByteArray> entries = indexPageEntries(p);
+            return entries.empty() ? QByteArray() : entries.back();
+        }
+        if (quint8(p[0]) != kIndexNodePage || depth > 16 || le32(p + 4) != t.page) {
+            problem(name + QStringLiteral(": page %1 is no index page of its table").arg(page));
+            return {};
+        }
+        QByteArray last;
+        for (const QByteArray &entry : indexPageEntries(p)) {
+            if (entry.size() < 8) {
+                problem(name + QStringLiteral(": a node entry on page %1 is cut off").arg(page));
+                return {};
+            }
+            const quint32 child = qFromBigEndian<quint32>(entry.constData() + entry.size() - 4);
+            last = walk(child, depth + 1);
+            if (last != entry.left(entry.size() - 4))
+                problem(
+                    name +
+                    QStringLiteral(": node page %1 names child %2 by another key than its last").arg(page).arg(child));
+        }
+        if (le32(p + 20) != 0)
+            last = walk(le32(p + 20), depth + 1);
+        return last;
+    };
+    try {
+        walk(t.indexRoots[size_t(number)], 0);
+    } catch (const DbError &e) {
+        problem(name + QStringLiteral(": ") + QString::fromUtf8(e.what()));
+        return;
+    }
+    if (reached != leaves)
+        problem(
+            name +
+            QStringLiteral(": its nodes lead to %1 leaves, its leaves link %2").arg(reached.size()).arg(leaves.size()));
 }
 
 void Checker::table(const CatalogEntry &entry, bool rowsToo)
@@ -230,6 +233,9 @@ void Checker::table(const CatalogEntry &entry, bool rowsToo)
     for (const Column &c : t.columns)
         if (c.longValueMap != 0)
             owned(QStringLiteral("table %1, column %2").arg(t.name, c.name), mapPages(m_image, c.longValueMap));
+    for (size_t i = 0; i < t.indexMaps.size(); ++i)
+        if (t.indexMaps[i] != 0)
+            owned(QStringLiteral("table %1, index %2").arg(t.name).arg(i), mapPages(m_image, t.indexMaps[i]));
     if (!rowsToo)
         return;
     QSet<quint32> targets, liveSlots;

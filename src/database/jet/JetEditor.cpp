@@ -3,6 +3,8 @@
 #include "common/FileIo.h"
 #include "database/Database.h"
 #include "database/jet/JetCheck.h"
+#include "database/jet/JetIndex.h"
+#include "database/jet/JetIndexKeys.h"
 #include "database/jet/JetValues.h"
 
 #include <QDir>
@@ -35,6 +37,19 @@ bool sameValue(const QVariant &stored, const QVariant &wanted)
 }
 
 } // namespace
+
+// Pages may be half changed when a change fails: the round can only be dropped then.
+template <typename Change> auto Editor::guarded(Change change)
+{
+    if (m_broken)
+        throw DbError("An earlier change to the Access file failed; start again");
+    try {
+        return change();
+    } catch (...) {
+        m_broken = true;
+        throw;
+    }
+}
 
 std::vector<const Column *> columnsInOrder(const TableDef &table)
 {
@@ -141,20 +156,16 @@ void Editor::updateRow(const QString &tableName, RowPointer slot, const QVariant
             changes.push_back({columns[i], values[qsizetype(i)]});
     if (changes.empty())
         return;
-    // Compared with the row as the file holds it: a key set to the value it has is no change.
-    for (const ColumnChange &c : changes)
-        if (c.column->indexed)
-            throw DbError(QStringLiteral("Changing column %1 of table %2, which is indexed, cannot be done in an "
-                                         "Access file yet; convert the database to SQLite for this job")
-                              .arg(c.column->name, t.name)
-                              .toStdString());
+    const bool keys =
+        std::any_of(changes.begin(), changes.end(), [](const ColumnChange &c) { return c.column->indexed; });
+    if (keys)
+        keysWillChange(t);
     m_changedTables.insert(t.name);
-    try {
-        m_writer.updateRow(t, slot, changes);
-    } catch (...) {
-        m_broken = true; // pages may be half changed: this round can only be dropped
-        throw;
-    }
+    guarded([&] {
+        m_writer.updateRow(t, slot, changes, keys);
+        if (keys)
+            checkKeysOf(t, slot);
+    });
 }
 
 void Editor::commit()
@@ -163,6 +174,7 @@ void Editor::commit()
         throw DbError("An earlier change to the Access file failed; nothing was written");
     if (!changed())
         return;
+    rebuildIndexes();
     const QStringList problems = checkStructure(m_image, &m_changedTables);
     if (!problems.isEmpty())
         throw DbError(QStringLiteral("The change to the Access file %1 was not written, as it would leave the file "
@@ -173,6 +185,80 @@ void Editor::commit()
     QString why;
     if (!replaceFileDurably(m_path, m_image.bytes().constData(), m_image.bytes().size(), &why))
         throw DbError(QStringLiteral("The Access file %1 could not be written: %2").arg(m_path, why).toStdString());
+}
+
+RowPointer Editor::insertRow(const QString &tableName, const QVariantList &values)
+{
+    const TableDef &t = table(tableName);
+    const std::vector<const Column *> &columns = columnsOf(tableName);
+    keysWillChange(t);
+    m_changedTables.insert(t.name);
+    std::vector<ColumnChange> row;
+    for (size_t i = 0; i < columns.size(); ++i)
+        row.push_back({columns[i], i < size_t(values.size()) ? values[qsizetype(i)] : QVariant()});
+    return guarded([&] {
+        const RowPointer slot = m_writer.insertRow(t, row);
+        checkKeysOf(t, slot);
+        return slot;
+    });
+}
+
+void Editor::deleteRow(const QString &tableName, RowPointer slot)
+{
+    const TableDef &t = table(tableName);
+    keysWillChange(t);
+    m_changedTables.insert(t.name);
+    guarded([&] { m_writer.deleteRow(t, slot); });
+}
+
+// The indexes are rebuilt from the rows, with the keys computed here: only when
+// they are the ones the file holds can the file's own keys and the new ones sort alike.
+void Editor::keysWillChange(const TableDef &t)
+{
+    if (m_keysChanged.contains(t.name) || t.indexRoots.empty())
+        return;
+    if (m_broken)
+        throw DbError("An earlier change to the Access file failed; start again");
+    for (int i = 0; i < int(t.indexRoots.size()); ++i) {
+        const QString differs = storedKeysDiffer(m_image, t, i);
+        if (!differs.isEmpty())
+            throw DbError(QStringLiteral("The rows of table %1 in the Access file %2 cannot be added, deleted or have "
+                                         "their keys changed here: its index holds keys this program does not compute "
+                                         "alike (%3). Nothing was changed.")
+                              .arg(t.name, m_path, differs)
+                              .toStdString());
+    }
+    m_keysChanged.insert(t.name);
+}
+
+// A row's keys must be ones the rebuild can compute: said at once, not only on commit.
+void Editor::checkKeysOf(const TableDef &t, RowPointer slot) const
+{
+    const StoredRow row = decodeRow(m_image, rowData(m_image, slot), t.variableColumns > 0);
+    for (int i = 0; i < int(t.indexRoots.size()); ++i) {
+        QString why;
+        if (!rowIndexKey(t, i, row, &why))
+            throw DbError(QStringLiteral("The Access file %1 cannot take this row: %2").arg(m_path, why).toStdString());
+    }
+}
+
+void Editor::rebuildIndexes()
+{
+    guarded([&] {
+        for (const QString &name : m_keysChanged) {
+            const TableDef t = readTableDef(m_image, table(name).page, name);
+            for (int i = 0; i < int(t.indexRoots.size()); ++i)
+                rebuildIndex(m_image, t, i);
+        }
+        // The definitions read before say where the roots were and how many rows there were.
+        for (const QString &name : m_changedTables) {
+            TableDef &known = m_tables.at(name);
+            const TableDef now = readTableDef(m_image, known.page, name);
+            known.rowCount = now.rowCount;
+            known.indexRoots = now.indexRoots;
+        }
+    });
+    m_keysChanged.clear();
 }
 
 } // namespace ht::jet

@@ -1,8 +1,10 @@
 #pragma once
 // One round of changes to an Access (Jet 4) file: its rows read with where
-// they lie, values of existing rows changed in memory, and the file replaced
-// in one step when everything is done. Nothing reaches the file before
-// commit(); a failed or abandoned round leaves it as it was.
+// they lie, rows changed, added and deleted in memory, and the file replaced
+// in one step when everything is done. The indexes of a table whose rows were
+// added or deleted or whose keys changed are rebuilt from its rows on commit.
+// Nothing reaches the file before commit(); a failed or abandoned round leaves
+// it as it was.
 
 #include "database/jet/JetTable.h"
 #include "database/jet/JetWriter.h"
@@ -37,6 +39,11 @@ class Editor
     void readRows(const QString &table, const std::function<void(RowPointer slot, const QVariantList &values)> &visit);
     // Writes the values that differ from the row's; the rest of the row stays as it is.
     void updateRow(const QString &table, RowPointer slot, const QVariantList &values);
+    // A new row, its values in column-number order as readRows gives them; each
+    // column is written as given (a null QVariant stores NULL, and gives an
+    // autonumber column the table's next number). Returns the row's slot.
+    RowPointer insertRow(const QString &table, const QVariantList &values);
+    void deleteRow(const QString &table, RowPointer slot);
     bool changed() const { return !m_image.changedPages().isEmpty(); }
     // Checks the changed file and that no other program has it open, then puts
     // it in place of the old one, flushed to the disk; throws DbError, with the
@@ -46,6 +53,11 @@ class Editor
     static QString lockFile(const QString &path); // "<base>.ldb"
 
   private:
+    void keysWillChange(const TableDef &table);
+    void checkKeysOf(const TableDef &table, RowPointer slot) const;
+    void rebuildIndexes();
+    template <typename Change> auto guarded(Change change);
+
     QString m_path;
     Image m_image;
     std::vector<CatalogEntry> m_catalog;
@@ -54,6 +66,7 @@ class Editor
     std::map<QString, std::vector<const Column *>> m_columnsInOrder;
     Writer m_writer{m_image}; // keeps, for the round, where new rows went last
     QSet<QString> m_changedTables;
+    QSet<QString> m_keysChanged; // tables whose indexes are rebuilt on commit
     bool m_broken = false;
 };
 

@@ -32,6 +32,23 @@ QByteArray rowBytes(const Image &image, quint32 pageNumber, int row)
     return QByteArray(image.page(pageNumber) + s.start, s.end - s.start);
 }
 
+QByteArray rowData(const Image &image, RowPointer slot)
+{
+    const Slot s = slotOf(image, slot.page, slot.row);
+    if (s.flags & kRowOverflowTarget)
+        image.damaged(QStringLiteral("row %1 of page %2 is no row").arg(slot.row).arg(slot.page));
+    QByteArray bytes = rowBytes(image, slot.page, slot.row);
+    if (s.flags == kRowOverflowPointer) {
+        if (bytes.size() < 4)
+            image.damaged(QStringLiteral("an overflow pointer is cut off"));
+        const RowPointer target = RowPointer::unpack(le32(bytes.constData()));
+        if ((slotOf(image, target.page, target.row).flags & kRowDeleted) != kRowOverflowTarget)
+            image.damaged(QStringLiteral("an overflow pointer leads to no overflow row"));
+        bytes = rowBytes(image, target.page, target.row);
+    }
+    return bytes;
+}
+
 int freeSpaceField(const char *page)
 {
     return le16(page + 2);
@@ -79,6 +96,25 @@ bool layOutRows(char *page, std::vector<PageRow> rows)
     std::fill(page + kDataHeader + 2 * count, page + start, '\0');
     put16(page + 12, quint16(count));
     put16(page + 2, quint16(start - (kDataHeader + 2 * count)));
+    return true;
+}
+
+bool appendRowOnPage(char *page, const QByteArray &bytes, quint16 flags)
+{
+    const int count = rowCount(page);
+    const int headerEnd = kDataHeader + 2 * (count + 1);
+    if (count >= kMaxRowsPerPage || headerEnd > kPageSize)
+        return false;
+    int lowest = kPageSize;
+    for (int r = 0; r < count; ++r)
+        lowest = std::min(lowest, le16(page + kDataHeader + 2 * r) & kRowOffsetMask);
+    const int start = lowest - int(bytes.size());
+    if (start < headerEnd)
+        return false;
+    std::copy(bytes.begin(), bytes.end(), page + start);
+    put16(page + kDataHeader + 2 * count, quint16(start) | flags);
+    put16(page + 12, quint16(count + 1));
+    put16(page + 2, quint16(start - headerEnd));
     return true;
 }
 

@@ -20,6 +20,9 @@ int rowCount(const char *page);
 // The slot of `row`; the image says "damaged" when it points outside the page.
 Slot slotOf(const Image &image, quint32 pageNumber, int row);
 QByteArray rowBytes(const Image &image, quint32 pageNumber, int row);
+// The bytes of the row whose slot this is, followed through an overflow pointer;
+// the image says "damaged" when the slot holds no row.
+QByteArray rowData(const Image &image, RowPointer slot);
 // The free-space field must be the gap between the slots and the lowest row.
 int freeSpaceField(const char *page);
 int computedFreeSpace(const Image &image, quint32 pageNumber);
@@ -33,6 +36,9 @@ std::vector<PageRow> pageRows(const Image &image, quint32 pageNumber);
 // its flags; deleted rows keep no bytes. False, with the page unchanged, when
 // they do not fit.
 bool layOutRows(char *page, std::vector<PageRow> rows);
+// Adds a row after the page's last one, below its lowest row, the others left
+// where they are. False, with the page unchanged, when it has no room there.
+bool appendRowOnPage(char *page, const QByteArray &bytes, quint16 flags);
 // A new data page of the table whose definition is on `tableDefPage` ("LVAL" for long values).
 void initDataPage(char *page, quint32 tableDefPage, bool longValues = false);
 

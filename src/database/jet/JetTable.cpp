@@ -46,6 +46,7 @@ class Cursor
     }
     quint16 u16() { return le16(take(2)); }
     quint32 u32() { return le32(take(4)); }
+    int at() const { return m_at; }
     QString name()
     {
         const int length = u16();
@@ -126,6 +127,7 @@ TableDef readTableDef(const Image &image, quint32 page, const QString &name)
         col.type = quint8(b[0]);
         col.number = le16(b + 5);
         col.variableIndex = le16(b + 7);
+        col.sortOrder = le16(b + 11);
         col.flags = quint8(b[15]);
         col.miscFlags = quint8(b[16]);
         col.fixedOffset = le16(b + 21);
@@ -135,6 +137,7 @@ TableDef readTableDef(const Image &image, quint32 page, const QString &name)
     for (Column &col : t.columns)
         col.name = c.name();
     for (quint32 i = 0; i < realIndexes; ++i) {
+        t.indexBlockOffsets.push_back(c.at());
         const char *b = c.take(kRealIndexBlock);
         std::vector<quint16> keys;
         std::vector<bool> ascending;
@@ -150,7 +153,9 @@ TableDef readTableDef(const Image &image, quint32 page, const QString &name)
             if (std::find(keys.begin(), keys.end(), col.number) != keys.end())
                 col.indexed = true;
         t.indexColumns.push_back(keys);
-        t.indexRoots.push_back(le32(b + 38));
+        t.indexMaps.push_back(le32(b + 34));
+        t.indexRoots.push_back(le32(b + kIndexBlockRoot));
+        t.indexFlags.push_back(quint8(b[kIndexBlockFlags]));
     }
     c.take(kLogicalIndexBlock * int(logicalIndexes));
     for (quint32 i = 0; i < logicalIndexes; ++i)
@@ -167,6 +172,24 @@ TableDef readTableDef(const Image &image, quint32 page, const QString &name)
                 col.longValueMap = used;
     }
     return t;
+}
+
+void putTableDef32(Image &image, quint32 tableDefPage, int offset, quint32 value)
+{
+    // The first page gives all its bytes, each further one all but its 8-byte header.
+    quint32 page = tableDefPage;
+    int at = offset, header = 0, span = kPageSize;
+    for (int n = 0; at >= span; ++n) {
+        at -= span;
+        page = le32(image.page(page) + 4);
+        if (page == 0 || n >= kMaxTableDefPages)
+            image.damaged(QStringLiteral("the table definition on page %1 is cut off").arg(tableDefPage));
+        header = 8;
+        span = kPageSize - 8;
+    }
+    if (at + 4 > span)
+        image.damaged(QStringLiteral("a field of the table definition on page %1 spans two pages").arg(tableDefPage));
+    put32(image.changePage(page) + header + at, value);
 }
 
 std::vector<CatalogEntry> readCatalog(const Image &image, bool systemTables)

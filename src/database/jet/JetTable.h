@@ -38,12 +38,16 @@ struct Column {
     quint16 length = 0;        // bytes, for Text twice the characters
     quint8 flags = 0;
     quint8 miscFlags = 0;
+    quint16 sortOrder = 0; // of Text: the language whose order its index keys follow
     bool indexed = false;
     quint32 longValueMap = 0; // the pages of this long-value column's values (packed row pointer), 0 when none
     bool fixed() const { return flags & 0x01; }
+    bool autoNumber() const { return flags & 0x04; }
     bool compressible() const { return miscFlags & 0x01; } // Text may be stored compressed
     bool longValue() const { return type == TypeMemo || type == TypeOle; }
 };
+
+constexpr quint16 kGeneralSortOrder = 0x0409; // Access's "General" order
 
 struct TableDef {
     QString name;
@@ -55,12 +59,23 @@ struct TableDef {
     std::vector<std::vector<quint16>> indexColumns; // per physical index, the column numbers
     std::vector<std::vector<bool>> indexAscending;  // per physical index, per column: ascending (else descending)
     std::vector<quint32> indexRoots;
+    std::vector<quint32> indexMaps;     // per physical index, its pages' usage map (packed row pointer)
+    std::vector<quint8> indexFlags;     // per physical index: kIndexUnique, kIndexIgnoreNulls, kIndexRequired
+    std::vector<int> indexBlockOffsets; // per physical index, where its block lies in the definition's bytes
     const Column *column(const QString &name) const; // any case; nullptr when absent
 };
 
 TableDef readTableDef(const Image &image, quint32 page, const QString &name);
 // The page offsets of the TDEF fields the writer keeps up to date.
 constexpr int kTableRowCountOffset = 16;
+constexpr int kTableAutoNumberOffset = 20; // the last number an autonumber column was given
+constexpr int kIndexKeyCounts = 63;        // per physical index 12 bytes, the count of its distinct keys at +4
+constexpr int kIndexBlockRoot = 38;        // in a physical index's block: its root page
+constexpr quint8 kIndexUnique = 0x01, kIndexIgnoreNulls = 0x02, kIndexRequired = 0x08;
+constexpr int kIndexBlockFlags = 46; // in a physical index's block
+// A 32-bit field of a definition that may go on over several pages, at `offset`
+// of its bytes as readTableDef joins them.
+void putTableDef32(Image &image, quint32 tableDefPage, int offset, quint32 value);
 
 struct CatalogEntry {
     QString name;

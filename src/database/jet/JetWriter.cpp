@@ -4,6 +4,8 @@
 #include "database/jet/JetRows.h"
 #include "database/jet/JetValues.h"
 
+#include <algorithm>
+
 namespace ht::jet
 {
 
@@ -42,6 +44,15 @@ void Writer::refuse(const QString &why) const
 
 bool Writer::replaceRowOnPage(quint32 page, int row, const QByteArray &bytes, quint16 flags)
 {
+    // A row after the last goes below the others while there is room: no need to lay them out again.
+    if (row == rowCount(m_image.page(page)) && flags != kRowDeleted) {
+        char copy[kPageSize];
+        std::copy_n(m_image.page(page), kPageSize, copy);
+        if (appendRowOnPage(copy, bytes, flags)) {
+            std::copy_n(copy, kPageSize, m_image.changePage(page));
+            return true;
+        }
+    }
     std::vector<PageRow> rows = pageRows(m_image, page);
     if (row < 0 || row > int(rows.size()))
         return false;
@@ -56,7 +67,7 @@ bool Writer::replaceRowOnPage(quint32 page, int row, const QByteArray &bytes, qu
     return true;
 }
 
-void Writer::deleteRow(RowPointer at)
+void Writer::markDeleted(RowPointer at)
 {
     replaceRowOnPage(at.page, at.row, QByteArray(), kRowDeleted);
 }
@@ -76,21 +87,19 @@ RowPointer Writer::addLongValueRow(const TableDef &table, const Column &column, 
 {
     if (column.longValueMap == 0)
         refuse(QStringLiteral("column %1 of table %2 has no pages for long values").arg(column.name, table.name));
-    const quint32 last = m_lastPage.value(column.longValueMap);
-    if (last != 0 && rowCount(m_image.page(last)) < kMaxRowsPerPage &&
-        computedFreeSpace(m_image, last) >= data.size() + 2 &&
-        replaceRowOnPage(last, rowCount(m_image.page(last)), data, 0))
-        return {last, quint8(rowCount(m_image.page(last)) - 1)};
-    for (quint32 page : mapPages(m_image, column.longValueMap)) {
-        if (page >= m_image.pageCount())
-            continue;
+    const auto takes = [&](quint32 page) {
+        if (page == 0 || page >= m_image.pageCount())
+            return false;
         const char *p = m_image.page(page);
-        if (quint8(p[0]) != PageData || QByteArray(p + 4, 4) != "LVAL" || rowCount(p) >= kMaxRowsPerPage ||
-            computedFreeSpace(m_image, page) < data.size() + 2)
-            continue;
-        const int row = rowCount(p);
-        if (replaceRowOnPage(page, row, data, 0))
-            return {page, quint8(row)};
+        return quint8(p[0]) == PageData && QByteArray(p + 4, 4) == "LVAL" && rowCount(p) < kMaxRowsPerPage &&
+               freeSpaceField(p) >= data.size() + 2 && replaceRowOnPage(page, rowCount(p), data, 0);
+    };
+    const quint32 last = m_lastPage.value(column.longValueMap);
+    if (takes(last))
+        return {last, quint8(rowCount(m_image.page(last)) - 1)};
+    if (const quint32 page = firstPageTaking(column.longValueMap, takes)) {
+        m_lastPage[column.longValueMap] = page;
+        return {page, quint8(rowCount(m_image.page(page)) - 1)};
     }
     const quint32 page = newPage(column.longValueMap, 0, table.page, true);
     if (!replaceRowOnPage(page, 0, data, 0))
@@ -155,7 +164,7 @@ void Writer::placeRow(const TableDef &table, RowPointer slot, const QByteArray &
     // Back home when the slot's page can take it, an abandoned overflow row deleted.
     if (replaceRowOnPage(slot.page, slot.row, bytes, 0)) {
         if (oldTarget)
-            deleteRow(*oldTarget);
+            markDeleted(*oldTarget);
         return;
     }
     if (oldTarget && replaceRowOnPage(oldTarget->page, oldTarget->row, bytes, kRowOverflowTarget))
@@ -164,7 +173,7 @@ void Writer::placeRow(const TableDef &table, RowPointer slot, const QByteArray &
     if (!replaceRowOnPage(slot.page, slot.row, pointerBytes(target), kRowOverflowPointer))
         refuse(QStringLiteral("page %1 has no room for an overflow pointer").arg(slot.page));
     if (oldTarget)
-        deleteRow(*oldTarget);
+        markDeleted(*oldTarget);
 }
 
 void Writer::applyChange(const TableDef &table, StoredRow &row, const ColumnChange &change,
@@ -235,8 +244,55 @@ void widenRow(const TableDef &table, StoredRow &row)
         row.variable.resize(table.variableColumns);
 }
 
-RowPointer Writer::appendRow(const TableDef &table, const std::vector<ColumnChange> &values)
+bool Writer::takesRow(const TableDef &table, quint32 page, const QByteArray &bytes)
 {
+    if (page == 0 || page >= m_image.pageCount())
+        return false;
+    const char *p = m_image.page(page);
+    // The free-space field only sorts pages out: laying the rows out again says whether it fits.
+    return quint8(p[0]) == PageData && le32(p + 4) == table.page && rowCount(p) < kMaxRowsPerPage &&
+           freeSpaceField(p) >= bytes.size() + 2 && replaceRowOnPage(page, rowCount(p), bytes, 0);
+}
+
+quint32 Writer::firstPageTaking(quint32 map, const std::function<bool(quint32)> &takes)
+{
+    auto known = m_pagesWithRoom.find(map);
+    if (known == m_pagesWithRoom.end())
+        known = m_pagesWithRoom.insert(map, {mapPages(m_image, map), 0});
+    // A page that took nothing is full for the rest of the round; one that took the row may take more.
+    for (; known->next < known->pages.size(); ++known->next)
+        if (takes(known->pages[known->next]))
+            return known->pages[known->next];
+    return 0;
+}
+
+void Writer::addToRowCount(const TableDef &table, int delta)
+{
+    char *definition = m_image.changePage(table.page);
+    put32(definition + kTableRowCountOffset, le32(definition + kTableRowCountOffset) + quint32(delta));
+}
+
+RowPointer Writer::addRow(const TableDef &table, std::vector<ColumnChange> values, bool anyPage)
+{
+    for (const Column &c : table.columns) {
+        if (!c.autoNumber() || c.type != TypeLong)
+            continue;
+        const auto given =
+            std::find_if(values.begin(), values.end(), [&](const ColumnChange &v) { return v.column == &c; });
+        char *definition = m_image.changePage(table.page);
+        const qint64 last = qint32(le32(definition + kTableAutoNumberOffset));
+        if (given == values.end() || given->value.isNull()) {
+            if (last >= INT32_MAX)
+                refuse(QStringLiteral("the numbers of column %1 of table %2 are used up").arg(c.name, table.name));
+            if (given == values.end())
+                values.push_back({&c, qint32(last + 1)});
+            else
+                given->value = qint32(last + 1);
+            put32(definition + kTableAutoNumberOffset, quint32(last + 1));
+        } else if (given->value.toLongLong() > last) {
+            put32(definition + kTableAutoNumberOffset, quint32(given->value.toLongLong()));
+        }
+    }
     StoredRow row;
     widenRow(table, row);
     std::vector<RowPointer> freed;
@@ -246,19 +302,52 @@ RowPointer Writer::appendRow(const TableDef &table, const std::vector<ColumnChan
     if (bytes.size() > kMaxRowBytes)
         refuse(QStringLiteral("a row of table %1 would be longer than Jet allows").arg(table.name));
     quint32 page = m_lastPage.value(table.usedPagesMap);
-    if (page == 0 || rowCount(m_image.page(page)) >= kMaxRowsPerPage ||
-        !replaceRowOnPage(page, rowCount(m_image.page(page)), bytes, 0)) {
-        page = newPage(table.usedPagesMap, table.freePagesMap, table.page, false);
-        if (!replaceRowOnPage(page, 0, bytes, 0))
-            refuse(QStringLiteral("a row of table %1 does not fit a page").arg(table.name));
+    if (!takesRow(table, page, bytes)) {
+        page = 0;
+        if (anyPage)
+            page = firstPageTaking(table.usedPagesMap, [&](quint32 p) { return takesRow(table, p, bytes); });
+        if (page == 0) {
+            page = newPage(table.usedPagesMap, table.freePagesMap, table.page, false);
+            if (!replaceRowOnPage(page, 0, bytes, 0))
+                refuse(QStringLiteral("a row of table %1 does not fit a page").arg(table.name));
+        }
         m_lastPage[table.usedPagesMap] = page;
     }
-    char *definition = m_image.changePage(table.page);
-    put32(definition + kTableRowCountOffset, le32(definition + kTableRowCountOffset) + 1);
+    addToRowCount(table, 1);
     return {page, quint8(rowCount(m_image.page(page)) - 1)};
 }
 
-void Writer::updateRow(const TableDef &table, RowPointer slot, const std::vector<ColumnChange> &changes)
+RowPointer Writer::appendRow(const TableDef &table, const std::vector<ColumnChange> &values)
+{
+    return addRow(table, values, false);
+}
+
+RowPointer Writer::insertRow(const TableDef &table, const std::vector<ColumnChange> &values)
+{
+    return addRow(table, values, true);
+}
+
+void Writer::deleteRow(const TableDef &table, RowPointer slot)
+{
+    const Slot s = slotOf(m_image, slot.page, slot.row);
+    const char *page = m_image.page(slot.page);
+    if ((s.flags & kRowOverflowTarget) || quint8(page[0]) != PageData || le32(page + 4) != table.page)
+        refuse(QStringLiteral("row %1 of page %2 is no row of table %3").arg(slot.row).arg(slot.page).arg(table.name));
+    std::vector<RowPointer> freed;
+    if (s.flags == kRowOverflowPointer)
+        freed.push_back(RowPointer::unpack(le32(page + s.start)));
+    const StoredRow row = decodeRow(m_image, rowData(m_image, slot), table.variableColumns > 0);
+    for (const Column &c : table.columns)
+        if (c.longValue() && !isNull(row, c))
+            readLongValue(m_image, storedBytes(row, c), &freed);
+    markDeleted(slot);
+    for (RowPointer at : freed)
+        markDeleted(at);
+    addToRowCount(table, -1);
+}
+
+void Writer::updateRow(const TableDef &table, RowPointer slot, const std::vector<ColumnChange> &changes,
+                       bool indexesRebuilt)
 {
     const Slot s = slotOf(m_image, slot.page, slot.row);
     if (s.flags & kRowOverflowTarget)
@@ -271,7 +360,7 @@ void Writer::updateRow(const TableDef &table, RowPointer slot, const std::vector
     StoredRow row = decodeRow(m_image, bytes, table.variableColumns > 0);
     std::vector<RowPointer> freed;
     for (const ColumnChange &change : changes) {
-        if (change.column->indexed)
+        if (change.column->indexed && !indexesRebuilt)
             refuse(QStringLiteral("column %1 of table %2 is indexed; indexes cannot be kept up to date yet")
                        .arg(change.column->name, table.name));
         applyChange(table, row, change, freed);
@@ -281,7 +370,7 @@ void Writer::updateRow(const TableDef &table, RowPointer slot, const std::vector
         refuse(QStringLiteral("a row of table %1 would be longer than Jet allows").arg(table.name));
     placeRow(table, slot, encoded);
     for (RowPointer at : freed)
-        deleteRow(at);
+        markDeleted(at);
 }
 
 } // namespace ht::jet
