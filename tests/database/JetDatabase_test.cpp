@@ -128,8 +128,6 @@ TEST(JetDatabase, RefusesWhatAnAccessFileCannotTakeYetAndChangesNothing)
         {f.path, QStringLiteral("ALTER TABLE Language ADD COLUMN Extra TEXT"), "Changing the design"},
         {f.path, QStringLiteral("CREATE TABLE Extra (x)"), "Changing the design"},
         {f.path, QStringLiteral("DROP TABLE Discription"), "Changing the design"},
-        {indexed, QStringLiteral("UPDATE Table1 SET CD_AGENTE = CD_AGENTE + 1"),
-         "Changing column CD_AGENTE of table Table1, which is indexed"},
         {f.path, QStringLiteral("UPDATE Language SET Name = ?"), "longer than its 255 characters"},
     };
     for (const auto &r : refused) {
@@ -218,7 +216,7 @@ TEST(JetDatabase, SyncCarriesTheTextsOfAConversionBackAndRefusesWhatDoesNotMatch
 // Of today's jobs on it, editor saves and imports into existing machines and
 // languages work: they name key columns but leave their values as they are.
 // Renaming or deleting a machine changes the indexed MachineType and is refused.
-TEST(JetDatabase, KeysSetToTheValuesTheyHaveAreTakenAndRealKeyChangesRefused)
+TEST(JetDatabase, KeysSetOrChangedAreTakenAndADuplicateKeyRefused)
 {
     const struct {
         const char *job, *sql;
@@ -261,15 +259,34 @@ TEST(JetDatabase, KeysSetToTheValuesTheyHaveAreTakenAndRealKeyChangesRefused)
          "Item",
          {{"Item", "MaxLenAlarm"}},
          "MaxLenAlarm"},
-        {"renaming a machine",
+        {"renaming a machine (MachineType is indexed)",
          "UPDATE AlarmDefinition SET MachineType = ? WHERE MachineType = 'P100'",
          {"P300"},
-         "Changing column MachineType of table AlarmDefinition, which is indexed,"},
-        {"a key changed",
+         nullptr,
+         "AlarmDefinition",
+         "MachineType",
+         {{"AlarmID", 1}},
+         "P300"},
+        {"a number key changed",
          "UPDATE Language SET Language = 1034, Name = 'x' WHERE Language = 1033",
          {},
-         "Changing column Language of table Language, which is indexed,"},
-        {"a text key in other case", "UPDATE DBSys SET Item = upper(Item)", {}, "Changing column Item of table DBSys"},
+         nullptr,
+         "Language",
+         "Name",
+         {{"Language", 1034}},
+         "x"},
+        {"a text key in other case",
+         "UPDATE DBSys SET Item = upper(Item)",
+         {},
+         nullptr,
+         "DBSys",
+         "Item",
+         {{"Item", "MAXLENALARM"}},
+         "MAXLENALARM"},
+        {"a key the unique index already holds",
+         "UPDATE Language SET Language = 1031 WHERE Language = 1033",
+         {},
+         "Language"},
     };
     for (const auto &j : jobs) {
         QTemporaryDir dir;
