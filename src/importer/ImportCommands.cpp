@@ -10,6 +10,7 @@
 #include "database/LanguageLookup.h"
 #include "importer/DelMachine.h"
 #include "importer/Importer.h"
+#include "importer/NewDatabase.h"
 
 namespace ht
 {
@@ -167,6 +168,29 @@ int runSyncToAccess(Context &ctx, const CommandArgs &args)
     }
 }
 
+int runNewDatabase(Context &ctx, const CommandArgs &args)
+{
+    if (!args.has(QStringLiteral("to")))
+        return usage(ctx, QStringLiteral("new-database: --to is needed"));
+    NewDatabaseRequest request;
+    request.target = args.value(QStringLiteral("to"));
+    request.materialChange = !args.has(QStringLiteral("without-material-change"));
+    const QString format = args.value(QStringLiteral("format"), QStringLiteral("access"));
+    if (format != QLatin1String("access") && format != QLatin1String("sqlite"))
+        return usage(ctx, QStringLiteral("new-database: --format is access or sqlite"));
+    request.sqlite = format == QLatin1String("sqlite");
+    const QString added = args.value(QStringLiteral("added"), QStringLiteral("0"));
+    bool ok = false;
+    request.added = added.toInt(&ok);
+    if (!ok || request.added < 0 || request.added > 999)
+        return usage(ctx, QStringLiteral("new-database: --added takes a number of at most three digits"));
+    const QString why = makeNewDatabase(ctx.programDir, request);
+    if (!why.isEmpty())
+        return failedWith(ctx, why);
+    showMessage(ctx, QStringLiteral("New help-text database made: ") + request.target, Buttons::OK, Icon::Information);
+    return kCommandDone;
+}
+
 } // namespace
 
 std::vector<ConsoleCommand> importerCommands()
@@ -232,6 +256,22 @@ std::vector<ConsoleCommand> importerCommands()
          {QStringLiteral("from"), QStringLiteral("to")},
          {},
          runSyncToAccess},
+        {QStringLiteral("new-database"),
+         QStringLiteral("--to FILE [--without-material-change] [--added N] [--format access|sqlite]"),
+         QStringLiteral("Makes a new, empty help-text database from the template beside the program, as the "
+                        "window's \"New database from template\" does: five free machine blocks, no language (an "
+                        "import adds its own).\n"
+                        "  --to FILE                  the new database; an existing file is never replaced\n"
+                        "  --without-material-change  the template without the material-change tables\n"
+                        "  --added N                  alarms and warnings per machine after the 256 standard ones "
+                        "(default 0)\n"
+                        "  --format access|sqlite     an Access (Jet 4) file as the operator panel reads it "
+                        "(default), or SQLite\n"
+                        "Exit code 0 when made; 1 when refused or failed (no file is left then); 2 for a command line "
+                        "that cannot be run."),
+         {QStringLiteral("to"), QStringLiteral("added"), QStringLiteral("format")},
+         {QStringLiteral("without-material-change")},
+         runNewDatabase},
     };
 }
 
