@@ -26,8 +26,8 @@
 
 using namespace ht;
 using bench::Clock;
-using bench::msSince;
 using bench::median;
+using bench::msSince;
 
 namespace
 {

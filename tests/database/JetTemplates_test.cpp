@@ -44,8 +44,7 @@ QStringList indexesOf(const Image &image, const TableDef &t, QStringList *blocks
                      .arg(name, columns.join(u','))
                      .arg(t.indexFlags[size_t(real)], 2, 16, QLatin1Char('0'));
         if (blocks)
-            *blocks << name + u':' +
-                           QByteArray(def + logical + i * kLogicalBlock, kLogicalBlock).toHex() + u':' +
+            *blocks << name + u':' + QByteArray(def + logical + i * kLogicalBlock, kLogicalBlock).toHex() + u':' +
                            QByteArray(def + t.indexBlockOffsets[size_t(real)], 34).toHex() +
                            QByteArray(def + t.indexBlockOffsets[size_t(real)] + 42, 10).toHex();
     }
@@ -109,7 +108,8 @@ TEST(AccessTemplates, HoldTheKeysOfAnAccessDesignAsAccessLaysThemOut)
 TEST(AccessTemplates, BuilderCarriesTheKeysAnSqliteFileDeclares)
 {
     QTemporaryDir dir;
-    const QString sqlite = dir.filePath(QStringLiteral("keys.sqlite")), access = dir.filePath(QStringLiteral("keys.mdb"));
+    const QString sqlite = dir.filePath(QStringLiteral("keys.sqlite")),
+                  access = dir.filePath(QStringLiteral("keys.mdb"));
     {
         auto db = Database::create(sqlite);
         db->execScript(QStringLiteral(

@@ -8,6 +8,7 @@
 #include "database/jet/JetImage.h"
 #include "importer/ImportCommands.h"
 #include "importer/Importer.h"
+#include "importer/NewDatabase.h"
 
 #include <QDir>
 #include <cstdio>
@@ -56,11 +57,19 @@ TEST_F(NewDatabaseCommand, MakesAccessOrSqliteAndNeverReplacesAFile)
         const char *tables, *perMachine;
     } cases[] = {
         {"an Access file by default", {"--to", t.path("A.mdb")}, 0, DbFormat::Jet, "9", "256"},
-        {"without material change", {"--to", t.path("B.mdb"), "--without-material-change"}, 0, DbFormat::Jet, "7",
+        {"without material change",
+         {"--to", t.path("B.mdb"), "--without-material-change"},
+         0,
+         DbFormat::Jet,
+         "7",
          "256"},
         {"SQLite when asked", {"--to", t.path("C.sqlite"), "--format", "sqlite"}, 0, DbFormat::SQLite, "9", "256"},
-        {"SQLite with 3 added", {"--to", t.path("D.sqlite"), "--format", "sqlite", "--added", "3"}, 0,
-         DbFormat::SQLite, "9", "259"},
+        {"SQLite with 3 added",
+         {"--to", t.path("D.sqlite"), "--format", "sqlite", "--added", "3"},
+         0,
+         DbFormat::SQLite,
+         "9",
+         "259"},
         {"no --to", {"--format", "access"}, 2, DbFormat::Missing, "", ""},
         {"an unknown format", {"--to", t.path("E.mdb"), "--format", "xls"}, 2, DbFormat::Missing, "", ""},
         {"--added not a number", {"--to", t.path("F.mdb"), "--added", "many"}, 2, DbFormat::Missing, "", ""},
@@ -78,9 +87,7 @@ TEST_F(NewDatabaseCommand, MakesAccessOrSqliteAndNeverReplacesAFile)
             EXPECT_EQ(jet::checkStructure(jet::Image(test::readFileBytes(made), made)), QStringList());
         else
             EXPECT_EQ(tables, c.tables);
-        EXPECT_EQ(value(made, "SELECT COUNT(*) FROM AlarmDefinition WHERE AlarmID <= (SELECT MAX(AlarmNo) FROM "
-                              "AlarmDefinition)"),
-                  c.perMachine);
+        EXPECT_EQ(value(made, "SELECT COUNT(*) / 5 FROM AlarmDefinition"), c.perMachine); // five machine blocks
         EXPECT_EQ(value(made, "SELECT Data FROM DBSys WHERE Item = 'MaxLenWarning'"), c.perMachine);
         EXPECT_EQ(value(made, "SELECT COUNT(*) FROM Language"), "0");
     }
@@ -91,6 +98,42 @@ TEST_F(NewDatabaseCommand, MakesAccessOrSqliteAndNeverReplacesAFile)
     EXPECT_EQ(test::readFileBytes(existing), "not a database");
     // Nothing but the files made is left in the folder (no half-written temporary).
     EXPECT_EQ(QDir(t.dir.path()).entryList(QDir::Files | QDir::Hidden).filter(".new"), QStringList());
+}
+
+TEST(ImportIntoNewAccessDatabase, TakesAMachineWithItsLanguageAndKeepsTheFileSound)
+{
+    test::TestContext t;
+    const QString db = t.path("Help.mdb");
+    ASSERT_EQ(makeNewDatabase(test::binDir(), {db, true, 0, false}), QString());
+    test::makeDemoLanguageDB(t.path("Languages.mdb"));
+    t.ctx.state.mode = QStringLiteral("IMPORT");
+    t.ctx.state.iniPath = t.path("helptext.ini");
+    t.ctx.state.anzFehler = 0;
+    ASSERT_FALSE(CheckLanguageLookup(t.ctx, t.path("Languages.mdb")).isEmpty());
+    ASSERT_EQ(CheckConnection(t.ctx, db), db);
+    const QByteArray before = test::readFileBytes(db);
+
+    HeadlessStatus status;
+    Importer importer(t.ctx, &status,
+                      [](const QString &, const QString &, const QString &) { return AnswerReplaceAll; });
+    ImportRequest request;
+    request.machine = QStringLiteral("P100");
+    request.language = QStringLiteral("Greek");
+    request.source = {test::workbook(QStringLiteral("layout-plain.xlsx")), 2, 1, QStringLiteral("0")};
+    const bool imported = importer.MainProc(request);
+    const QString said = t.ui.messageTexts().join(u'\n');
+    if (!imported && said.contains(QStringLiteral("cannot be done in an Access database yet"))) {
+        // The template holds no language, so the first import creates one: that
+        // must then leave the file as it was, and say so.
+        EXPECT_EQ(test::readFileBytes(db), before);
+        GTEST_SKIP() << "creating a language in an Access file is not done yet: " << qPrintable(said);
+    }
+    ASSERT_TRUE(imported) << qPrintable(said);
+    EXPECT_EQ(jet::checkStructure(jet::Image(test::readFileBytes(db), db)), QStringList());
+    auto d = Database::open(db, Database::Mode::ReadOnly);
+    EXPECT_EQ(d->query("SELECT Device FROM AlarmText WHERE Alarm_ID = 5 AND Language = 1032").value(0).toString(),
+              QStringLiteral("Συσκευή 5"));
+    EXPECT_EQ(d->query("SELECT COUNT(*) FROM AlarmDefinition WHERE MachineType = 'P100'").value(0).toInt(), 256);
 }
 
 } // namespace
