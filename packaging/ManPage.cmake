@@ -3,7 +3,7 @@
 # disagree. Run at build time:
 #   cmake -DPROGRAM=path/to/exe -DNAME=helptext-importer -DVERSION=2.3.15 -DOUT=x.1 -P ManPage.cmake
 # The help text's form: "Usage:" lines, a one-line summary, paragraphs;
-# "Heading:" lines start sections; indented lines are kept as they stand.
+# short "Heading:" lines (no full stop, at most six words) start sections; indented lines are kept as they stand.
 
 set(ENV{QT_QPA_PLATFORM} offscreen) # no display needed to answer --help
 
@@ -44,9 +44,9 @@ function(_troff out text)
     endif()
     if(line STREQUAL "")
       string(APPEND body ".PP\n")
-    elseif(line MATCHES "^([A-Z][^:]*):$")
+    elseif(line MATCHES "^[A-Z][^:.]*:$" AND NOT line MATCHES "^[^ ]+( [^ ]+){6}")
       # "Commands of helptext-importer (each with --help):" -> COMMANDS
-      string(REGEX REPLACE " (of|\\().*" "" heading "${CMAKE_MATCH_1}")
+      string(REGEX REPLACE "( of| \\(|:$).*" "" heading "${line}")
       string(TOUPPER "${heading}" heading)
       string(APPEND body ".SH \"${heading}\"\n")
     else()

@@ -64,8 +64,9 @@ QString programHelp(const QString &mode, const QString &program)
                            "  $XDG_CONFIG_HOME/%1.ini\n"
                            "      the settings anywhere else (default ~/.config/%1.ini)\n"
                            "  %1Error.log\n"
-                           "      the error log: beside the program on the machine PC and wherever that folder is\n"
-                           "      writable, else in $XDG_STATE_HOME/helptext/ (default ~/.local/state/helptext/)\n")
+                           "      the error log: beside the program on the machine PC and in a folder of its own that\n"
+                           "      it can write to; for an installed program (or in a folder it cannot write to) in\n"
+                           "      $XDG_STATE_HOME/helptext/ (default ~/.local/state/helptext/)\n")
                 .arg(program);
     return help;
 }

@@ -23,6 +23,7 @@ done
 help="$("$P/bin/helptext-importer" --help)"
 commands="$(printf '%s\n' "$help" | sed -n 's/^  helptext-importer \([a-z-]*\) .*/\1/p')"
 [ "$(printf '%s\n' "$commands" | wc -l)" -ge 5 ] || fail "helptext-importer --help lists no commands: $help"
+grep -q '^\.SH "COMMANDS"' "$P/share/man/man1/helptext-importer.1" || fail "manual page lacks its COMMANDS section"
 for c in $commands; do
   grep -q "^\.SS \"$c\"" "$P/share/man/man1/helptext-importer.1" || fail "manual page lacks the command $c"
 done
