@@ -4,6 +4,7 @@
 #include "common/ErrorLog.h"
 #include "common/FileIo.h"
 #include "common/IniFile.h"
+#include "common/InstalledFiles.h"
 #include "common/Messages.h"
 #include "common/Platform.h"
 #include "common/UserInterface.h"
@@ -296,9 +297,9 @@ bool ImportForm::DBKopieren(const QString &target)
             if (!CreateDBBackup(ctx, target))
                 return false;
         }
-        const QString source = joinPath(ctx.programDir, view.checked(ImportCtl::OptionMaterialChange)
-                                                            ? QStringLiteral("HelpTextMitMaterialchange.mdb")
-                                                            : QStringLiteral("HelpTextOhneMaterialchange.mdb"));
+        const QString source = programDataFile(ctx, view.checked(ImportCtl::OptionMaterialChange)
+                                                        ? QStringLiteral("HelpTextMitMaterialchange.mdb")
+                                                        : QStringLiteral("HelpTextOhneMaterialchange.mdb"));
         QByteArray bytes;
         QString why;
         if (readRegularFile(source, kMaxDatabaseBytes, true, bytes, &why) != FileRead::Ok ||
