@@ -50,6 +50,11 @@ ScreenResolution=1024
 GenerateHTMLAfterEditAlarm=true
 GenerateHTMLAfterEditWarnings=true
 GenerateHTMLAfterEditMaterialChange=true
+[Defaults]
+Item=1
+Index=1
+Machine=CT400
+LanguageDestination=Deutsch
 INI
 done
 echo "Demo workspace created in $DEMO"

@@ -3,6 +3,7 @@
 #include "common/ConsoleUserInterface.h"
 #include "common/Context.h"
 #include "common/IniFile.h"
+#include "common/InstalledFiles.h"
 #include "common/Messages.h"
 #include "database/AccessSync.h"
 #include "database/Database.h"
@@ -184,7 +185,7 @@ int runNewDatabase(Context &ctx, const CommandArgs &args)
     request.added = added.toInt(&ok);
     if (!ok || request.added < 0 || request.added > 999)
         return usage(ctx, QStringLiteral("new-database: --added takes a number of at most three digits"));
-    const QString why = makeNewDatabase(ctx.programDir, request);
+    const QString why = makeNewDatabase(programDataFile(ctx, templateFileName(request.materialChange)), request);
     if (!why.isEmpty())
         return failedWith(ctx, why);
     showMessage(ctx, QStringLiteral("New help-text database made: ") + request.target, Buttons::OK, Icon::Information);

@@ -4,6 +4,7 @@
 #include "common/ErrorLog.h"
 #include "common/FileIo.h"
 #include "common/IniFile.h"
+#include "common/InstalledFiles.h"
 #include "common/Messages.h"
 #include "common/Platform.h"
 #include "common/UserInterface.h"
@@ -298,8 +299,7 @@ bool ImportForm::DBKopieren(const QString &target)
                 return false;
         }
         // An Access file, as the operator panel reads it (made at build time with its keys).
-        const QString source =
-            joinPath(ctx.programDir, templateFileName(view.checked(ImportCtl::OptionMaterialChange)));
+        const QString source = programDataFile(ctx, templateFileName(view.checked(ImportCtl::OptionMaterialChange)));
         QByteArray bytes;
         QString why;
         if (readRegularFile(source, kMaxDatabaseBytes, true, bytes, &why) != FileRead::Ok ||

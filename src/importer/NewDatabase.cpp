@@ -38,14 +38,13 @@ QString templateFileName(bool materialChange)
                           : QStringLiteral("HelpTextOhneMaterialchange.mdb");
 }
 
-QString makeNewDatabase(const QString &programDir, const NewDatabaseRequest &request)
+QString makeNewDatabase(const QString &templatePath, const NewDatabaseRequest &request)
 {
     const QFileInfo target(request.target);
     if (target.exists() || target.isSymLink())
         return QStringLiteral("The file %1 exists already; it is left as it is.").arg(request.target);
     if (!target.absoluteDir().exists())
         return QStringLiteral("The folder %1 does not exist.").arg(target.absolutePath());
-    const QString templatePath = QDir(programDir).filePath(templateFileName(request.materialChange));
     // A name of our own beside the target, so that the rename stays on one file system.
     const QString made = target.absoluteDir().filePath(
         QStringLiteral(".%1.%2.new").arg(target.fileName(), QUuid::createUuid().toString(QUuid::Id128)));

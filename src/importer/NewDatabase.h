@@ -16,9 +16,9 @@ struct NewDatabaseRequest {
 
 // The template's file name for the variant.
 QString templateFileName(bool materialChange);
-// Makes the database at `target`, which must not exist: it is written under
+// Makes the database at `target` from the template `templatePath`; `target` must not exist: it is written under
 // another name and renamed into place, so a failure leaves nothing behind and
 // a file of that name is never replaced. "" when made, else why not.
-QString makeNewDatabase(const QString &programDir, const NewDatabaseRequest &request);
+QString makeNewDatabase(const QString &templatePath, const NewDatabaseRequest &request);
 
 } // namespace ht

@@ -104,7 +104,7 @@ TEST(ImportIntoNewAccessDatabase, TakesAMachineWithItsLanguageAndKeepsTheFileSou
 {
     test::TestContext t;
     const QString db = t.path("Help.mdb");
-    ASSERT_EQ(makeNewDatabase(test::binDir(), {db, true, 0, false}), QString());
+    ASSERT_EQ(makeNewDatabase(test::binDir() + u'/' + templateFileName(true), {db, true, 0, false}), QString());
     test::makeDemoLanguageDB(t.path("Languages.mdb"));
     t.ctx.state.mode = QStringLiteral("IMPORT");
     t.ctx.state.iniPath = t.path("helptext.ini");
