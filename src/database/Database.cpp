@@ -110,7 +110,7 @@ QSqlQuery Database::Impl::run(const QString &sql, const QVariantList &params)
                 q.addBindValue(p);
             ok = q.exec();
         }
-        if (ok && jetPages && transactionDepth == 0 && !jetPages->changed.isEmpty()) {
+        if (ok && jetPages && transactionDepth == 0 && jetPages->pending()) {
             // A change outside a transaction goes into the file at once.
             try {
                 writeJetChanges();
@@ -360,7 +360,7 @@ Database::Transaction::~Transaction()
     try {
         if (m_level == 1) {
             if (m_db.d->jetPages)
-                m_db.d->jetPages->changed.clear();
+                m_db.d->jetPages->forget();
             m_db.d->run(QStringLiteral("ROLLBACK"), {});
         } else {
             m_db.d->run(QStringLiteral("ROLLBACK TO helptext_%1").arg(m_level), {});

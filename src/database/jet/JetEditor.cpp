@@ -137,6 +137,16 @@ void Editor::readRows(const QString &tableName,
     });
 }
 
+QVariantList Editor::rowValues(const QString &tableName, RowPointer slot)
+{
+    const TableDef &t = table(tableName);
+    const StoredRow row = decodeRow(m_image, rowData(m_image, slot), t.variableColumns > 0);
+    QVariantList values;
+    for (const Column *c : columnsOf(tableName))
+        values << columnValue(m_image, row, *c);
+    return values;
+}
+
 void Editor::updateRow(const QString &tableName, RowPointer slot, const QVariantList &values)
 {
     if (m_broken)

@@ -37,6 +37,8 @@ class Editor
     // Every live row: its slot and its values in column-number order. `visit`
     // may change rows; rows it moves to new overflow rows are not visited twice.
     void readRows(const QString &table, const std::function<void(RowPointer slot, const QVariantList &values)> &visit);
+    // One live row's values, in column-number order.
+    QVariantList rowValues(const QString &table, RowPointer slot);
     // Writes the values that differ from the row's; the rest of the row stays as it is.
     void updateRow(const QString &table, RowPointer slot, const QVariantList &values);
     // A new row, its values in column-number order as readRows gives them; each
