@@ -127,7 +127,8 @@ QSqlQuery Database::Impl::run(const QString &sql, const QVariantList &params)
         const QSqlError err = q.lastError();
         if (jetPages && !jetPages->refusal.isEmpty()) {
             const QString what = std::exchange(jetPages->refusal, QString());
-            fail(QStringLiteral("%1 cannot be done in an Access file yet; convert the database to SQLite for this job")
+            fail(QStringLiteral("%1 cannot be done in an Access file: this program changes its rows, never its design; "
+                                "convert the database to SQLite for this job")
                      .arg(what),
                  sql);
         }
