@@ -164,24 +164,12 @@ void Database::Impl::copyJetTableByPages(const QString &table)
     }
     // Autonumbers stay plain columns: the file numbers added rows, and the copy takes the numbers after the write.
     jetPages->copying = true;
+    QSqlQuery(db).exec(QStringLiteral("SAVEPOINT ht_copy")); // one write of the memory copy, not one per row
     try {
         QSqlQuery create(db);
         if (!create.exec(
                 QStringLiteral("CREATE TABLE %1 (%2)").arg(quoteIdentifier(def.name), defs.join(QStringLiteral(", ")))))
             throw DbError(create.lastError().text().toStdString());
-        // The file's keys as plain indexes, so that the jobs' look-ups find rows as fast as in SQLite.
-        for (size_t i = 0; i < def.indexColumns.size(); ++i) {
-            QStringList keyColumns;
-            for (quint16 number : def.indexColumns[i])
-                for (const jet::Column *c : columns)
-                    if (c->number == number)
-                        keyColumns << quoteIdentifier(c->name);
-            if (!keyColumns.isEmpty() &&
-                !create.exec(QStringLiteral("CREATE INDEX %1 ON %2 (%3)")
-                                 .arg(quoteIdentifier(QStringLiteral("%1 key %2").arg(def.name).arg(i)),
-                                      quoteIdentifier(def.name), keyColumns.join(QStringLiteral(", ")))))
-                throw DbError(create.lastError().text().toStdString());
-        }
         QSqlQuery insert(db);
         if (!insert.prepare(QStringLiteral("INSERT INTO %1 VALUES (%2)")
                                 .arg(quoteIdentifier(def.name), marks.join(QStringLiteral(", ")))))
@@ -196,11 +184,27 @@ void Database::Impl::copyJetTableByPages(const QString &table)
                                   .toStdString());
             rowPlaces.insert(sqlite3_last_insert_rowid(handle), slot.packed());
         });
+        // The file's keys as plain indexes, so that the jobs' look-ups find rows as fast as in SQLite.
+        for (size_t i = 0; i < def.indexColumns.size(); ++i) {
+            QStringList keyColumns;
+            for (quint16 number : def.indexColumns[i])
+                for (const jet::Column *c : columns)
+                    if (c->number == number)
+                        keyColumns << quoteIdentifier(c->name);
+            if (!keyColumns.isEmpty() &&
+                !create.exec(QStringLiteral("CREATE INDEX %1 ON %2 (%3)")
+                                 .arg(quoteIdentifier(QStringLiteral("%1 key %2").arg(def.name).arg(i)),
+                                      quoteIdentifier(def.name), keyColumns.join(QStringLiteral(", ")))))
+                throw DbError(create.lastError().text().toStdString());
+        }
     } catch (...) {
+        QSqlQuery(db).exec(QStringLiteral("ROLLBACK TO ht_copy"));
+        QSqlQuery(db).exec(QStringLiteral("RELEASE ht_copy"));
         jetPages->copying = false;
         jetPages->rowPlaces.remove(def.name);
         throw;
     }
+    QSqlQuery(db).exec(QStringLiteral("RELEASE ht_copy"));
     jetPages->copying = false;
 }
 
@@ -271,9 +275,28 @@ void Database::Impl::writeJetChanges()
         QList<qint64> rowids = added.value(table);
         std::sort(rowids.begin(), rowids.end()); // the file's rows in the order they were added
         const std::vector<const jet::Column *> &columns = editor->columnsOf(table);
+        // Added rows have the highest rowids: read in one pass from the first of them.
+        QSqlQuery newRows(db);
+        newRows.setForwardOnly(true);
+        if (!rowids.isEmpty()) {
+            newRows.prepare(
+                QStringLiteral("SELECT rowid, * FROM %1 WHERE rowid >= ? ORDER BY rowid").arg(quoteIdentifier(table)));
+            newRows.addBindValue(rowids.first());
+            if (!newRows.exec())
+                throw DbError(
+                    QStringLiteral("The added rows of table %1 cannot be read back; nothing was written to %2")
+                        .arg(table, path)
+                        .toStdString());
+        }
+        bool more = newRows.isActive() && newRows.next();
         for (qint64 rowid : std::as_const(rowids)) {
-            if (!read(rowid, values))
+            while (more && newRows.value(0).toLongLong() < rowid)
+                more = newRows.next();
+            if (!more || newRows.value(0).toLongLong() != rowid)
                 continue; // added and taken back within a rolled-back savepoint
+            values.clear();
+            for (int i = 1; i < newRows.record().count(); ++i)
+                values << newRows.value(i);
             const quint32 slot = editor->insertRow(table, values).packed();
             now.insert(rowid, slot);
             for (size_t i = 0; i < columns.size() && i < size_t(values.size()); ++i)
