@@ -65,6 +65,8 @@ int authorize(void *state, int action, const char *first, const char *, const ch
     }
 }
 
+constexpr quint32 kAddedThisRound = 0; // no row's slot: page 0 holds the file's header
+
 // Each row change of a Jet table, kept until it is written. A row added in the
 // same round is written once, with its last values; one deleted then is never written.
 void noteUpdate(void *state, int operation, const char *database, const char *tableName, sqlite3_int64 rowid)
@@ -83,8 +85,12 @@ void noteUpdate(void *state, int operation, const char *database, const char *ta
         break;
     case SQLITE_DELETE:
         w->changed.remove(row);
-        if (w->inserted.remove(row))
+        // Remembered as deleted even when added in this round: a rolled-back
+        // savepoint may bring the row back, and it is then written after all.
+        if (w->inserted.remove(row)) {
+            w->deleted[row.first].insert(rowid, kAddedThisRound);
             break;
+        }
         if (const auto place = w->rowPlaces.value(row.first).constFind(rowid);
             place != w->rowPlaces.value(row.first).constEnd())
             w->deleted[row.first].insert(rowid, *place);
@@ -258,21 +264,26 @@ void Database::Impl::writeJetChanges()
         };
         QVariantList values;
         const QHash<qint64, quint32> gone = jetPages->deleted.value(table);
+        QList<qint64> rowids = added.value(table), changedRows = updated.value(table);
         for (auto d = gone.cbegin(); d != gone.cend(); ++d) {
-            // Still there, and not as a new row under the old number: a rolled-back savepoint kept it.
-            if (!jetPages->inserted.contains({table, d.key()}) && read(d.key(), values))
+            // Still there, and not as a new row under the old number: a rolled-back
+            // savepoint kept it, with the values it had before.
+            if (!jetPages->inserted.contains({table, d.key()}) && read(d.key(), values)) {
+                (d.value() == kAddedThisRound ? rowids : changedRows) << d.key();
+                continue;
+            }
+            if (d.value() == kAddedThisRound)
                 continue;
             editor->deleteRow(table, jet::RowPointer::unpack(d.value()));
             now.remove(d.key());
         }
-        for (qint64 rowid : updated.value(table)) {
+        for (qint64 rowid : std::as_const(changedRows)) {
             if (!now.contains(rowid) || !read(rowid, values))
                 throw DbError(QStringLiteral("A changed row of table %1 cannot be read back; nothing was written to %2")
                                   .arg(table, path)
                                   .toStdString());
             editor->updateRow(table, jet::RowPointer::unpack(now.value(rowid)), values);
         }
-        QList<qint64> rowids = added.value(table);
         std::sort(rowids.begin(), rowids.end()); // the file's rows in the order they were added
         const std::vector<const jet::Column *> &columns = editor->columnsOf(table);
         // Added rows have the highest rowids: read in one pass from the first of them.

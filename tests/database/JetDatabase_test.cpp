@@ -331,10 +331,12 @@ TEST(JetDatabase, RowsAddedAndDeletedReachTheFileRoundAfterRound)
         db->exec(QStringLiteral("UPDATE AlarmText SET Device = 'Dispositivo' WHERE Alarm_ID = 1 AND Language = 1040"));
         db->exec(QStringLiteral("DELETE FROM AlarmText WHERE Language = 1040 AND Alarm_ID = 2"));
         db->exec(QStringLiteral("DELETE FROM AlarmText WHERE Language = 1032 AND Alarm_ID = 3"));
+        db->exec(QStringLiteral("UPDATE AlarmText SET Device = 'kept' WHERE Alarm_ID = 5 AND Language = 1032"));
         {
-            Database::Transaction inner(*db); // rolled back: neither its row nor its delete stays
+            Database::Transaction inner(*db); // rolled back: neither its row nor its deletes stay
             db->exec(QStringLiteral("INSERT INTO AlarmText (Alarm_ID, Language, Device) VALUES (9, 1040, 'x')"));
-            db->exec(QStringLiteral("DELETE FROM AlarmText WHERE Language = 1032 AND Alarm_ID = 4"));
+            db->exec(QStringLiteral("DELETE FROM AlarmText WHERE Language = 1032 AND Alarm_ID IN (4, 5)"));
+            db->exec(QStringLiteral("DELETE FROM AlarmText WHERE Language = 1040"));
         }
         t.commit();
     }
@@ -344,6 +346,7 @@ TEST(JetDatabase, RowsAddedAndDeletedReachTheFileRoundAfterRound)
     EXPECT_EQ(texts(9, 1040), QStringList());
     EXPECT_EQ(texts(3, 1032), QStringList());
     EXPECT_EQ(texts(4, 1032).size(), 1);
+    EXPECT_EQ(texts(5, 1032), QStringList{QStringLiteral("kept")});
 
     // The next round finds the rows of the last one where they went.
     db->exec(QStringLiteral("DELETE FROM AlarmText WHERE Language = 1040"));
