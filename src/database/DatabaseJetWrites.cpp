@@ -265,6 +265,7 @@ void Database::Impl::writeJetChanges()
         QVariantList values;
         const QHash<qint64, quint32> gone = jetPages->deleted.value(table);
         QList<qint64> rowids = added.value(table), changedRows = updated.value(table);
+        std::vector<jet::RowPointer> deletes;
         for (auto d = gone.cbegin(); d != gone.cend(); ++d) {
             // Still there, and not as a new row under the old number: a rolled-back
             // savepoint kept it, with the values it had before.
@@ -274,9 +275,10 @@ void Database::Impl::writeJetChanges()
             }
             if (d.value() == kAddedThisRound)
                 continue;
-            editor->deleteRow(table, jet::RowPointer::unpack(d.value()));
+            deletes.push_back(jet::RowPointer::unpack(d.value()));
             now.remove(d.key());
         }
+        editor->deleteRows(table, deletes);
         for (qint64 rowid : std::as_const(changedRows)) {
             if (!now.contains(rowid) || !read(rowid, values))
                 throw DbError(QStringLiteral("A changed row of table %1 cannot be read back; nothing was written to %2")

@@ -215,10 +215,17 @@ RowPointer Editor::insertRow(const QString &tableName, const QVariantList &value
 
 void Editor::deleteRow(const QString &tableName, RowPointer slot)
 {
+    deleteRows(tableName, {slot});
+}
+
+void Editor::deleteRows(const QString &tableName, const std::vector<RowPointer> &places)
+{
+    if (places.empty())
+        return;
     const TableDef &t = table(tableName);
     keysWillChange(t);
     m_changedTables.insert(t.name);
-    guarded([&] { m_writer.deleteRow(t, slot); });
+    guarded([&] { m_writer.deleteRows(t, places); });
 }
 
 // The indexes are rebuilt from the rows, with the keys computed here: only when

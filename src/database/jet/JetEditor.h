@@ -46,6 +46,7 @@ class Editor
     // autonumber column the table's next number). Returns the row's slot.
     RowPointer insertRow(const QString &table, const QVariantList &values);
     void deleteRow(const QString &table, RowPointer slot);
+    void deleteRows(const QString &table, const std::vector<RowPointer> &places); // each page rewritten once
     bool changed() const { return !m_image.changedPages().isEmpty(); }
     // Checks the changed file and that no other program has it open, then puts
     // it in place of the old one, flushed to the disk; throws DbError, with the
