@@ -23,7 +23,7 @@ bool inMainDatabase(const char *database)
     return database && qstrcmp(database, "main") == 0;
 }
 
-// SQLite asks before it prepares a statement: what a Jet file cannot take yet is refused there,
+// SQLite asks before it prepares a statement: a design change of the Jet file is refused there,
 // before anything changes, and the refusal is kept for the message.
 int authorize(void *state, int action, const char *first, const char *, const char *database, const char *)
 {
