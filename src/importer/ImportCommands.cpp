@@ -240,8 +240,8 @@ std::vector<ConsoleCommand> importerCommands()
          runRenameMachine},
         {QStringLiteral("convert-to-sqlite"),
          QStringLiteral("--database DB.mdb [--to FILE]"),
-         QStringLiteral("Converts an Access help-text database to SQLite, for the jobs an Access file cannot take yet "
-                        "(creating or deleting a language, lengthening the tables, machine types of numbers).\n"
+         QStringLiteral("Converts an Access help-text database to SQLite, for the design changes an Access file is "
+                        "not given here (machine types of numbers made text, a wider font column).\n"
                         "  --to FILE   the new SQLite file (default: beside DB, named <base>.sqlite); never "
                         "overwritten\n"
                         "The Access database stays as it was. Exit code 0 when converted, 1 when not."),
