@@ -59,20 +59,8 @@ QString makeNewDatabase(const QString &templatePath, const NewDatabaseRequest &r
             if (!replaceFileDurably(made, bytes.constData(), bytes.size(), &why))
                 return QStringLiteral("%1 cannot be written: %2").arg(request.target, why);
         }
-        if (request.added > 0) {
-            try {
-                lengthen(made, kStandardItems + request.added);
-            } catch (const DbError &e) {
-                if (request.sqlite)
-                    throw;
-                // The table rebuild deletes and adds rows, which an Access file may not take yet.
-                QFile::remove(made);
-                return QStringLiteral("The new database %1 was not made: its tables cannot be lengthened for added "
-                                      "items in an Access file (%2). Make it with --format sqlite, or without "
-                                      "--added.")
-                    .arg(request.target, QString::fromUtf8(e.what()));
-            }
-        }
+        if (request.added > 0)
+            lengthen(made, kStandardItems + request.added);
     } catch (const std::exception &e) {
         QFile::remove(made);
         return QStringLiteral("The new database %1 was not made: %2").arg(request.target, QString::fromUtf8(e.what()));
