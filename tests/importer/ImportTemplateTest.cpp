@@ -2,7 +2,7 @@
 // a script runs it, and an import into a database it made.
 #include "ImportTestSupport.h"
 
-#include "common/ConsoleUserInterface.h"
+#include "common/ConsoleRun.h"
 #include "common/StatusDisplay.h"
 #include "database/jet/JetCheck.h"
 #include "database/jet/JetImage.h"
@@ -11,8 +11,6 @@
 #include "importer/NewDatabase.h"
 
 #include <QDir>
-#include <cstdio>
-#include <cstdlib>
 
 namespace ht
 {
@@ -25,19 +23,8 @@ struct NewDatabaseCommand : ::testing::Test {
 
     int run(const QStringList &args)
     {
-        char *bytes = nullptr;
-        size_t size = 0;
-        FILE *out = open_memstream(&bytes, &size);
-        ConsoleUserInterface console(out);
-        t.ctx.ui = &console;
         t.ctx.programDir = test::binDir(); // where the build puts the templates
-        int code = -1;
-        EXPECT_TRUE(runConsoleCommand(t.ctx, importerCommands(), QStringList{"new-database"} + args, code));
-        std::fclose(out);
-        err = QString::fromLocal8Bit(bytes, qsizetype(size));
-        std::free(bytes);
-        t.ctx.ui = &t.ui;
-        return code;
+        return test::runCaptured(t.ctx, importerCommands(), QStringList{"new-database"} + args, err);
     }
     QString value(const QString &path, const QString &sql)
     {
