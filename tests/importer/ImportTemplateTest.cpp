@@ -89,27 +89,22 @@ TEST_F(NewDatabaseCommand, MakesAccessOrSqliteAndNeverReplacesAFile)
 
 TEST(ImportIntoNewAccessDatabase, TakesAMachineWithItsLanguageAndKeepsTheFileSound)
 {
-    test::TestContext t;
-    const QString db = t.path("Help.mdb");
-    ASSERT_EQ(makeNewDatabase(test::binDir() + u'/' + templateFileName(true), {db, true, 0, false}), QString());
-    test::makeDemoLanguageDB(t.path("Languages.mdb"));
-    t.ctx.state.mode = QStringLiteral("IMPORT");
-    t.ctx.state.iniPath = t.path("helptext.ini");
-    t.ctx.state.anzFehler = 0;
-    ASSERT_FALSE(CheckLanguageLookup(t.ctx, t.path("Languages.mdb")).isEmpty());
-    ASSERT_EQ(CheckConnection(t.ctx, db), db);
+    test::ImportWorkspace w(true, [](const QString &db) {
+        ASSERT_EQ(makeNewDatabase(test::binDir() + u'/' + templateFileName(true), {db, true, 0, false}), QString());
+    });
+    const QString db = w.db();
     const QByteArray before = test::readFileBytes(db);
 
     HeadlessStatus status;
-    Importer importer(t.ctx, &status,
+    Importer importer(w.t.ctx, &status,
                       [](const QString &, const QString &, const QString &) { return AnswerReplaceAll; });
     ImportRequest request;
-    request.machine = QStringLiteral("P100");
-    request.language = QStringLiteral("Greek");
-    request.source = {test::workbook(QStringLiteral("layout-plain.xlsx")), 2, 1, QStringLiteral("0")};
+    request.machine = "P100";
+    request.language = "Greek";
+    request.source = {test::workbook("layout-plain.xlsx"), 2, 1, "0"};
     const bool imported = importer.MainProc(request);
-    const QString said = t.ui.messageTexts().join(u'\n');
-    if (!imported && said.contains(QStringLiteral("cannot be done in an Access database yet"))) {
+    const QString said = w.t.ui.messageTexts().join(u'\n');
+    if (!imported && said.contains("cannot be done in an Access database yet")) {
         // The template holds no language, so the first import creates one: that
         // must then leave the file as it was, and say so.
         EXPECT_EQ(test::readFileBytes(db), before);
@@ -117,10 +112,8 @@ TEST(ImportIntoNewAccessDatabase, TakesAMachineWithItsLanguageAndKeepsTheFileSou
     }
     ASSERT_TRUE(imported) << qPrintable(said);
     EXPECT_EQ(jet::checkStructure(jet::Image(test::readFileBytes(db), db)), QStringList());
-    auto d = Database::open(db, Database::Mode::ReadOnly);
-    EXPECT_EQ(d->query("SELECT Device FROM AlarmText WHERE Alarm_ID = 5 AND Language = 1032").value(0).toString(),
-              QStringLiteral("Συσκευή 5"));
-    EXPECT_EQ(d->query("SELECT COUNT(*) FROM AlarmDefinition WHERE MachineType = 'P100'").value(0).toInt(), 256);
+    EXPECT_EQ(w.value("SELECT Device FROM AlarmText WHERE Alarm_ID = 5 AND Language = 1032"), "Συσκευή 5");
+    EXPECT_EQ(w.value("SELECT COUNT(*) FROM AlarmDefinition WHERE MachineType = 'P100'"), "256");
 }
 
 } // namespace
