@@ -11,6 +11,7 @@
 
 using namespace ht;
 using namespace ht::test;
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -43,7 +44,7 @@ int tryToWrite(const QString &path)
     std::unique_ptr<Database> db;
     try {
         db = Database::open(path, Database::Mode::ReadWrite);
-        db->exec(QStringLiteral("INSERT INTO T VALUES (2)"));
+        db->exec(u"INSERT INTO T VALUES (2)"_s);
         return 0;
     } catch (const DbError &) {
         return db ? 2 : 1;
@@ -55,7 +56,7 @@ int rowsOrRefused(const QString &path)
 {
     try {
         return Database::open(path, Database::Mode::ReadOnly)
-            ->query(QStringLiteral("SELECT sum(V), count(*) FROM T"))
+            ->query(u"SELECT sum(V), count(*) FROM T"_s)
             .value(1)
             .toInt();
     } catch (const DbError &) {
@@ -65,12 +66,12 @@ int rowsOrRefused(const QString &path)
 
 struct DatabaseFiles : ::testing::Test {
     QTemporaryDir dir;
-    QString good = dir.filePath(QStringLiteral("good.db"));
+    QString good = dir.filePath(u"good.db"_s);
     void SetUp() override
     {
         auto db = Database::create(good);
-        db->exec(QStringLiteral("CREATE TABLE T (V INTEGER)"));
-        db->exec(QStringLiteral("INSERT INTO T VALUES (1)"));
+        db->exec(u"CREATE TABLE T (V INTEGER)"_s);
+        db->exec(u"INSERT INTO T VALUES (1)"_s);
     }
 };
 
@@ -78,16 +79,16 @@ struct DatabaseFiles : ::testing::Test {
 
 TEST_F(DatabaseFiles, FormatComesFromTheHeaderNotTheName)
 {
-    const QByteArray sqlite = readFileBytes(good), jet = readFileBytes(jetTestFile(QStringLiteral("test2V2000")));
+    const QByteArray sqlite = readFileBytes(good), jet = readFileBytes(jetTestFile(u"test2V2000"_s));
     const std::pair<QString, DbFormat> cases[] = {
         {good, DbFormat::SQLite},
-        {writeIn(dir, QStringLiteral("sqlite.mdb"), sqlite), DbFormat::SQLite},
-        {writeIn(dir, QStringLiteral("jet.db"), jet), DbFormat::Jet},
-        {writeIn(dir, QStringLiteral("late.mdb"), 'x' + jet), DbFormat::Unknown}, // engine name one byte on
-        {writeIn(dir, QStringLiteral("empty.mdb"), {}), DbFormat::Unknown},
-        {writeIn(dir, QStringLiteral("text.db"), "SQLite format 2\n"), DbFormat::Unknown},
-        {writeIn(dir, QStringLiteral("short.db"), sqlite.left(10)), DbFormat::Unknown},
-        {dir.filePath(QStringLiteral("missing.db")), DbFormat::Missing},
+        {writeIn(dir, u"sqlite.mdb"_s, sqlite), DbFormat::SQLite},
+        {writeIn(dir, u"jet.db"_s, jet), DbFormat::Jet},
+        {writeIn(dir, u"late.mdb"_s, 'x' + jet), DbFormat::Unknown}, // engine name one byte on
+        {writeIn(dir, u"empty.mdb"_s, {}), DbFormat::Unknown},
+        {writeIn(dir, u"text.db"_s, "SQLite format 2\n"), DbFormat::Unknown},
+        {writeIn(dir, u"short.db"_s, sqlite.left(10)), DbFormat::Unknown},
+        {dir.filePath(u"missing.db"_s), DbFormat::Missing},
         {dir.path(), DbFormat::Missing},
     };
     for (const auto &[path, expected] : cases)
@@ -96,13 +97,13 @@ TEST_F(DatabaseFiles, FormatComesFromTheHeaderNotTheName)
 
 TEST_F(DatabaseFiles, BadFilesAreRefusedForReadingAndWriting)
 {
-    const QString fifo = dir.filePath(QStringLiteral("fifo.db")); // a read would wait for a writer
+    const QString fifo = dir.filePath(u"fifo.db"_s); // a read would wait for a writer
     ASSERT_EQ(mkfifo(QFile::encodeName(fifo).constData(), 0600), 0);
     const QString refused[] = {
-        dir.filePath(QStringLiteral("missing.db")),
-        writeIn(dir, QStringLiteral("zero.db"), {}),
-        writeIn(dir, QStringLiteral("text.db"), QByteArray("just some text, not a database\n").repeated(200)),
-        writeIn(dir, QStringLiteral("header.db"), readFileBytes(good).left(100)),
+        dir.filePath(u"missing.db"_s),
+        writeIn(dir, u"zero.db"_s, {}),
+        writeIn(dir, u"text.db"_s, QByteArray("just some text, not a database\n").repeated(200)),
+        writeIn(dir, u"header.db"_s, readFileBytes(good).left(100)),
         fifo,
     };
     for (const QString &path : refused) // at open, not at the first query
@@ -114,10 +115,10 @@ TEST_F(DatabaseFiles, BadFilesAreRefusedForReadingAndWriting)
 TEST_F(DatabaseFiles, CreateNeverOverwritesAndReadOnlyNeverWrites)
 {
     EXPECT_THROW(Database::create(good), DbError);
-    EXPECT_THROW(Database::create(dir.filePath(QStringLiteral("no/such/folder/x.db"))), DbError);
+    EXPECT_THROW(Database::create(dir.filePath(u"no/such/folder/x.db"_s)), DbError);
     auto db = Database::open(good, Database::Mode::ReadOnly);
-    EXPECT_THROW(db->exec(QStringLiteral("INSERT INTO T VALUES (2)")), DbError);
-    EXPECT_THROW(db->addColumn(QStringLiteral("T"), QStringLiteral("W"), QStringLiteral("TEXT")), DbError);
+    EXPECT_THROW(db->exec(u"INSERT INTO T VALUES (2)"_s), DbError);
+    EXPECT_THROW(db->addColumn(u"T"_s, u"W"_s, u"TEXT"_s), DbError);
     EXPECT_EQ(rowsOrRefused(good), 1);
 }
 

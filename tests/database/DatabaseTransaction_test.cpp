@@ -5,19 +5,20 @@
 #include <gtest/gtest.h>
 
 using namespace ht;
+using namespace Qt::StringLiterals;
 
 namespace
 {
 
 struct DatabaseTransaction : ::testing::Test {
     QTemporaryDir dir;
-    std::unique_ptr<Database> db = Database::create(dir.filePath(QStringLiteral("tx.db")));
-    void SetUp() override { db->exec(QStringLiteral("CREATE TABLE T (V INTEGER)")); }
-    void insert(int v) { db->exec(QStringLiteral("INSERT INTO T (V) VALUES (?)"), {v}); }
+    std::unique_ptr<Database> db = Database::create(dir.filePath(u"tx.db"_s));
+    void SetUp() override { db->exec(u"CREATE TABLE T (V INTEGER)"_s); }
+    void insert(int v) { db->exec(u"INSERT INTO T (V) VALUES (?)"_s, {v}); }
     QVariantList values()
     {
         QVariantList list;
-        for (const QVariantList &row : db->query(QStringLiteral("SELECT V FROM T ORDER BY V")).rows())
+        for (const QVariantList &row : db->query(u"SELECT V FROM T ORDER BY V"_s).rows())
             list << row[0].toInt();
         return list;
     }
@@ -38,7 +39,7 @@ TEST_F(DatabaseTransaction, AllOrNothingNestedScopesIncluded)
         {
             Database::Transaction tx(*db);
             insert(2);
-            db->exec(QStringLiteral("INSERT INTO Missing VALUES (1)"));
+            db->exec(u"INSERT INTO Missing VALUES (1)"_s);
             tx.commit();
         },
         DbError);

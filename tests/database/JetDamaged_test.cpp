@@ -10,6 +10,7 @@
 
 using namespace ht;
 using namespace ht::test;
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -19,7 +20,7 @@ bool readsIn(const QString &path, Database::Mode mode)
     try {
         auto db = Database::open(path, mode);
         for (const QString &table : db->tables())
-            db->query(QStringLiteral("SELECT * FROM %1").arg(quoteIdentifier(table)));
+            db->query(u"SELECT * FROM %1"_s.arg(quoteIdentifier(table)));
         return true;
     } catch (const DbError &) {
         return false;
@@ -56,11 +57,11 @@ TEST_P(JetDamaged, EveryTruncationFailsCleanlyOrReads)
 {
     int refused = 0;
     for (qsizetype size = 4096; size < good.size(); size += 4096)
-        refused += readsCompletely(writeIn(dir, QStringLiteral("cut%1.mdb").arg(size), good.left(size))) ? 0 : 1;
+        refused += readsCompletely(writeIn(dir, u"cut%1.mdb"_s.arg(size), good.left(size))) ? 0 : 1;
     EXPECT_GE(refused, 2) << "a file cut before its catalog cannot be read";
     // Odd sizes are refused before libmdb sees them.
     for (qsizetype size : {qsizetype(0), qsizetype(20), qsizetype(4095), good.size() - 1000})
-        EXPECT_FALSE(readsCompletely(writeIn(dir, QStringLiteral("odd%1.mdb").arg(size), good.left(size)))) << size;
+        EXPECT_FALSE(readsCompletely(writeIn(dir, u"odd%1.mdb"_s.arg(size), good.left(size)))) << size;
 }
 
 TEST_P(JetDamaged, ScribbledPagesFailCleanlyOrRead)
@@ -76,18 +77,17 @@ TEST_P(JetDamaged, ScribbledPagesFailCleanlyOrRead)
             for (qsizetype i = 0; i < 4096; ++i)
                 bad[page * 4096 + i] = char(random());
         }
-        readsCompletely(writeIn(dir, QStringLiteral("bad%1.mdb").arg(round), bad)); // must simply return
+        readsCompletely(writeIn(dir, u"bad%1.mdb"_s.arg(round), bad)); // must simply return
     }
 }
 
 TEST_P(JetDamaged, FailedConversionLeavesNoFile)
 {
-    const QString target = dir.filePath(QStringLiteral("out.sqlite"));
-    for (const QString &source :
-         {writeIn(dir, QStringLiteral("cut.mdb"), good.left(3 * 4096)),
-          writeIn(dir, QStringLiteral("text.mdb"), "not a database"), dir.filePath(QStringLiteral("missing.mdb"))})
+    const QString target = dir.filePath(u"out.sqlite"_s);
+    for (const QString &source : {writeIn(dir, u"cut.mdb"_s, good.left(3 * 4096)),
+                                  writeIn(dir, u"text.mdb"_s, "not a database"), dir.filePath(u"missing.mdb"_s)})
         EXPECT_THROW(convertJetToSqlite(source, target), DbError) << source.toStdString();
-    EXPECT_EQ(filesIn(dir.path()), (QStringList{QStringLiteral("cut.mdb"), QStringLiteral("text.mdb")}));
+    EXPECT_EQ(filesIn(dir.path()), (QStringList{u"cut.mdb"_s, u"text.mdb"_s}));
 }
 
 INSTANTIATE_TEST_SUITE_P(AccessFiles, JetDamaged, ::testing::Values("test2V2000", "testUnicodeCompV2003"));

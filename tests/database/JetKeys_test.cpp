@@ -14,12 +14,13 @@
 using namespace ht;
 using namespace ht::test;
 using namespace ht::jet;
+using namespace Qt::StringLiterals;
 
 namespace
 {
 
 // Characters a text key may hold here: letters, digits, blank and punctuation.
-const QString kKeyCharacters = QStringLiteral("abcXYZ019 .,-'_()/:+&#");
+const QString kKeyCharacters = u"abcXYZ019 .,-'_()/:+&#"_s;
 
 QString randomKeyText(QRandomGenerator &random, int maxLength)
 {
@@ -103,12 +104,8 @@ TEST(JetKeys, RandomInsertsDeletesAndKeyChangesKeepEveryIndexSound)
         QStringList refused; // tables whose stored text keys are not computed alike here
     };
     const Case cases[] = {
-        {"indexTestV2000", 6, 12, {}},
-        {"compIndexTestV2000", 6, 40, {}},
-        {"testUnicodeCompV2003", 4, 8, {QStringLiteral("Table")}},
-        {"delTestV2000", 4, 8, {}},
-        {"overflowTestV2000", 4, 8, {}},
-        {"helptext_keys", 4, 60, {}},
+        {"indexTestV2000", 6, 12, {}}, {"compIndexTestV2000", 6, 40, {}}, {"testUnicodeCompV2003", 4, 8, {u"Table"_s}},
+        {"delTestV2000", 4, 8, {}},    {"overflowTestV2000", 4, 8, {}},   {"helptext_keys", 4, 60, {}},
     };
     for (const Case &k : cases) {
         EditedCopy copy(jetTestFile(QString::fromLatin1(k.file)));
@@ -161,7 +158,7 @@ TEST(JetKeys, RandomInsertsDeletesAndKeyChangesKeepEveryIndexSound)
 
 TEST(JetKeys, ALanguageOfThousandsOfRowsAddedAndDeleted)
 {
-    EditedCopy copy(jetTestFile(QStringLiteral("helptext_keys")));
+    EditedCopy copy(jetTestFile(u"helptext_keys"_s));
     const struct {
         const char *texts, *definitions;
     } kinds[] = {{"AlarmText", "AlarmDefinition"},
@@ -183,15 +180,14 @@ TEST(JetKeys, ALanguageOfThousandsOfRowsAddedAndDeleted)
         // Long text keys, so that the index has nodes above nodes.
         for (int i = 0; i < 6000; ++i) {
             const QVariantList values{
-                QStringLiteral("%1 - an item of the settings' list, by number").arg(i, 5, 10, QLatin1Char('0')),
-                QString::number(i)};
-            m.rows[QStringLiteral("DBSys")][e.insertRow(QStringLiteral("DBSys"), values).packed()] = values;
+                u"%1 - an item of the settings' list, by number"_s.arg(i, 5, 10, QLatin1Char('0')), QString::number(i)};
+            m.rows[u"DBSys"_s][e.insertRow(u"DBSys"_s, values).packed()] = values;
         }
     });
     EXPECT_EQ(added, 7560);
     copy.verify("a language added");
-    EXPECT_EQ(depth(copy.path, QStringLiteral("MaterialChangeText"), 0), 2);
-    EXPECT_EQ(depth(copy.path, QStringLiteral("DBSys"), 0), 3);
+    EXPECT_EQ(depth(copy.path, u"MaterialChangeText"_s, 0), 2);
+    EXPECT_EQ(depth(copy.path, u"DBSys"_s, 0), 3);
 
     copy.edit([&](Editor &e, Model &m) {
         for (const auto &kind : kinds) {
@@ -220,17 +216,17 @@ TEST(JetKeys, KeysThisProgramCannotComputeAreRefusedAndTheFileKept)
         std::function<void(QByteArray &)> damage;
     };
     const Case cases[] = {
-        {"a letter without a known weight", QStringLiteral("AlarmDefinition"), 1, QStringLiteral("Füller 3"), {}},
-        {"a control character", QStringLiteral("AlarmDefinition"), 1, QStringLiteral("Line\t2"), {}},
-        {"a key column sorted as German", QStringLiteral("DBSys"), 0, QStringLiteral("MaxLenOther"),
+        {"a letter without a known weight", u"AlarmDefinition"_s, 1, u"Füller 3"_s, {}},
+        {"a control character", u"AlarmDefinition"_s, 1, u"Line\t2"_s, {}},
+        {"a key column sorted as German", u"DBSys"_s, 0, u"MaxLenOther"_s,
          [](QByteArray &b) { b[kItemSortOrder] = 0x07; }},
     };
     for (const Case &k : cases) {
         QTemporaryDir dir;
-        QByteArray bytes = readFileBytes(jetTestFile(QStringLiteral("helptext_keys")));
+        QByteArray bytes = readFileBytes(jetTestFile(u"helptext_keys"_s));
         if (k.damage)
             k.damage(bytes);
-        const QString path = writeIn(dir, QStringLiteral("keys.mdb"), bytes);
+        const QString path = writeIn(dir, u"keys.mdb"_s, bytes);
         try {
             Editor e(path);
             std::optional<std::pair<RowPointer, QVariantList>> first;
@@ -244,8 +240,8 @@ TEST(JetKeys, KeysThisProgramCannotComputeAreRefusedAndTheFileKept)
             ADD_FAILURE() << k.what << ": written";
         } catch (const DbError &e) {
             const QString why = QString::fromUtf8(e.what());
-            EXPECT_TRUE(why.contains(
-                QStringLiteral("column %1").arg(columnsInOrder(Editor(path).table(k.table))[size_t(k.column)]->name)))
+            EXPECT_TRUE(
+                why.contains(u"column %1"_s.arg(columnsInOrder(Editor(path).table(k.table))[size_t(k.column)]->name)))
                 << k.what << ": " << e.what();
         }
         EXPECT_EQ(readFileBytes(path), bytes) << k.what;
@@ -254,13 +250,13 @@ TEST(JetKeys, KeysThisProgramCannotComputeAreRefusedAndTheFileKept)
 
 TEST(JetKeys, AnAutonumberLeftNullGetsTheTablesNextNumber)
 {
-    Image image = loadImage(jetTestFile(QStringLiteral("testUnicodeCompV2003")));
+    Image image = loadImage(jetTestFile(u"testUnicodeCompV2003"_s));
     quint32 page = 0;
     for (const CatalogEntry &entry : readCatalog(image))
         if (entry.name == QLatin1String("Table"))
             page = entry.tableDefPage;
-    const TableDef t = readTableDef(image, page, QStringLiteral("Table"));
-    const Column *id = t.column(QStringLiteral("ID")), *text = t.column(QStringLiteral("Unicode"));
+    const TableDef t = readTableDef(image, page, u"Table"_s);
+    const Column *id = t.column(u"ID"_s), *text = t.column(u"Unicode"_s);
     ASSERT_TRUE(id && id->autoNumber());
     Writer writer(image);
     const struct {
@@ -268,11 +264,11 @@ TEST(JetKeys, AnAutonumberLeftNullGetsTheTablesNextNumber)
         qint64 expected;
     } rows[] = {{QVariant(), 9}, {40, 40}, {QVariant(), 41}, {12, 12}, {QVariant(), 42}};
     for (const auto &row : rows) {
-        const RowPointer at = writer.insertRow(t, {{id, row.given}, {text, QStringLiteral("x")}});
+        const RowPointer at = writer.insertRow(t, {{id, row.given}, {text, u"x"_s}});
         EXPECT_EQ(columnValue(image, decodeRow(image, rowData(image, at), true), *id).toLongLong(), row.expected);
     }
     EXPECT_EQ(le32(image.page(page) + kTableAutoNumberOffset), 42u);
-    EXPECT_EQ(readTableDef(image, page, QStringLiteral("Table")).rowCount, 8u + 5u);
+    EXPECT_EQ(readTableDef(image, page, u"Table"_s).rowCount, 8u + 5u);
 }
 
 TEST(JetKeys, RebuiltIndexesListWhatAccessListed)
@@ -311,9 +307,9 @@ TEST(JetKeys, RebuiltIndexesListWhatAccessListed)
 TEST(JetKeys, ScribbledIndexPagesGiveDbErrorsOrSoundFiles)
 {
     // The index pages of a table with node pages, bytes overwritten; the check and a delete with its rebuild must cope.
-    const QString source = jetTestFile(QStringLiteral("compIndexTestV2000"));
+    const QString source = jetTestFile(u"compIndexTestV2000"_s);
     const QByteArray original = readFileBytes(source);
-    const quint32 table = Editor(source).table(QStringLiteral("Table1")).page;
+    const quint32 table = Editor(source).table(u"Table1"_s).page;
     std::vector<quint32> indexPages;
     for (quint32 page = 1; page < quint32(original.size() / kPageSize); ++page) {
         const char *p = original.constData() + qsizetype(page) * kPageSize;
@@ -329,16 +325,16 @@ TEST(JetKeys, ScribbledIndexPagesGiveDbErrorsOrSoundFiles)
         const qsizetype page = qsizetype(indexPages[random.bounded(int(indexPages.size()))]) * kPageSize;
         for (int k = 0; k < 6; ++k)
             bytes[page + 2 + random.bounded(kPageSize - 2)] = char(random.bounded(256));
-        checkStructure(Image(bytes, QStringLiteral("scribbled")));
-        const QString path = writeIn(dir, QStringLiteral("scribbled.mdb"), bytes);
+        checkStructure(Image(bytes, u"scribbled"_s));
+        const QString path = writeIn(dir, u"scribbled.mdb"_s, bytes);
         try {
             Editor e(path);
             std::optional<RowPointer> first;
-            e.readRows(QStringLiteral("Table1"), [&](RowPointer slot, const QVariantList &) {
+            e.readRows(u"Table1"_s, [&](RowPointer slot, const QVariantList &) {
                 if (!first)
                     first = slot;
             });
-            e.deleteRow(QStringLiteral("Table1"), *first);
+            e.deleteRow(u"Table1"_s, *first);
             e.commit();
             ++written;
             EXPECT_TRUE(checkStructure(loadImage(path)).isEmpty()) << n;
@@ -375,8 +371,8 @@ TEST(JetKeys, EveryRowDeletedAndAddedAgain)
 
 TEST(JetKeys, AnEditorGoesOnAfterACommit)
 {
-    EditedCopy copy(jetTestFile(QStringLiteral("compIndexTestV2000")));
-    const QString table = QStringLiteral("Table1");
+    EditedCopy copy(jetTestFile(u"compIndexTestV2000"_s));
+    const QString table = u"Table1"_s;
     Editor e(copy.path);
     for (int round = 0; round < 3; ++round) {
         const auto first = copy.model.rows.at(table).begin();
@@ -397,15 +393,15 @@ TEST(JetKeys, NullKeysAsTheIndexAllows)
     } cases[] = {{kIndexUnique | 0x80, ""}, {kIndexUnique | kIndexRequired | 0x80, "primary key empty"}};
     for (const auto &k : cases) {
         QTemporaryDir dir;
-        QByteArray bytes = readFileBytes(jetTestFile(QStringLiteral("indexTestV2000")));
-        const TableDef t = readTableDef(Image(bytes, QStringLiteral("x")), 24, QStringLiteral("Table1"));
+        QByteArray bytes = readFileBytes(jetTestFile(u"indexTestV2000"_s));
+        const TableDef t = readTableDef(Image(bytes, u"x"_s), 24, u"Table1"_s);
         bytes[24 * kPageSize + t.indexBlockOffsets[1] + kIndexBlockFlags] = char(k.flags);
-        const QString path = writeIn(dir, QStringLiteral("nulls.mdb"), bytes);
+        const QString path = writeIn(dir, u"nulls.mdb"_s, bytes);
         QString why;
         try {
             Editor e(path);
             for (int n = 0; n < 2; ++n)
-                e.insertRow(QStringLiteral("Table1"), {QVariant(), QVariant(), QVariant(), QStringLiteral("no id")});
+                e.insertRow(u"Table1"_s, {QVariant(), QVariant(), QVariant(), u"no id"_s});
             e.commit();
             EXPECT_TRUE(checkStructure(loadImage(path)).isEmpty());
         } catch (const DbError &error) {
@@ -424,15 +420,15 @@ TEST(JetKeys, TheCheckFindsKeysAnIndexMayNotHold)
     } cases[] = {{1, "is another row's too"}, {QVariant(), "no value in a required key"}};
     for (const auto &k : cases) {
         QTemporaryDir dir;
-        QByteArray bytes = readFileBytes(jetTestFile(QStringLiteral("indexTestV2000")));
-        const TableDef t = readTableDef(Image(bytes, QStringLiteral("x")), 24, QStringLiteral("Table1"));
+        QByteArray bytes = readFileBytes(jetTestFile(u"indexTestV2000"_s));
+        const TableDef t = readTableDef(Image(bytes, u"x"_s), 24, u"Table1"_s);
         const qsizetype flags = 24 * kPageSize + t.indexBlockOffsets[1] + kIndexBlockFlags;
         const char accessFlags = bytes[flags];
         bytes[flags] = char(0x80);
-        const QString path = writeIn(dir, QStringLiteral("keys.mdb"), bytes);
+        const QString path = writeIn(dir, u"keys.mdb"_s, bytes);
         {
             Editor e(path);
-            e.insertRow(QStringLiteral("Table1"), {k.id, 7, 7, QStringLiteral("again")});
+            e.insertRow(u"Table1"_s, {k.id, 7, 7, u"again"_s});
             e.commit();
         }
         bytes = readFileBytes(path);

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 using namespace ht::jet;
+using namespace Qt::StringLiterals;
 
 namespace ht::test
 {
@@ -89,7 +90,7 @@ Model readModel(Editor &editor)
 
 EditedCopy::EditedCopy(const QString &source)
 {
-    path = writeIn(dir, QStringLiteral("edited.mdb"), readFileBytes(source));
+    path = writeIn(dir, u"edited.mdb"_s, readFileBytes(source));
     Editor editor(path);
     model = readModel(editor);
 }
@@ -154,12 +155,12 @@ void setValue(Editor &editor, Model &model, const QString &table, quint32 slot, 
 }
 
 // Texts of the scripts help texts are written in; the last two are beyond the BMP.
-const QString kScripts[kScriptCount] = {QStringLiteral("Plain Latin text for the compressible case"),
-                                        QStringLiteral("Αλάρμ: ο αισθητήρας δεν αποκρίνεται"),
-                                        QStringLiteral("Авария: датчик не отвечает"),
-                                        QStringLiteral("警报：传感器无响应"),
-                                        QStringLiteral("إنذار: المستشعر لا يستجيب"),
-                                        QStringLiteral("Umlaute äöü ß und € Zeichen"),
+const QString kScripts[kScriptCount] = {u"Plain Latin text for the compressible case"_s,
+                                        u"Αλάρμ: ο αισθητήρας δεν αποκρίνεται"_s,
+                                        u"Авария: датчик не отвечает"_s,
+                                        u"警报：传感器无响应"_s,
+                                        u"إنذار: المستشعر لا يستجيب"_s,
+                                        u"Umlaute äöü ß und € Zeichen"_s,
                                         QString::fromUtf8("\xF0\x9D\x84\x9E Notenschlüssel \xF0\x9F\x98\x80")};
 
 QString textOfLength(int length, int script)

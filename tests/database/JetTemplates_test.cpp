@@ -15,6 +15,7 @@
 using namespace ht;
 using namespace ht::test;
 using namespace ht::jet;
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -40,9 +41,7 @@ QStringList indexesOf(const Image &image, const TableDef &t, QStringList *blocks
             for (const Column &c : t.columns)
                 if (c.number == number)
                     columns << c.name;
-        found << QStringLiteral("%1:%2:%3")
-                     .arg(name, columns.join(u','))
-                     .arg(t.indexFlags[size_t(real)], 2, 16, QLatin1Char('0'));
+        found << u"%1:%2:%3"_s.arg(name, columns.join(u',')).arg(t.indexFlags[size_t(real)], 2, 16, QLatin1Char('0'));
         if (blocks)
             *blocks << name + u':' + QByteArray(def + logical + i * kLogicalBlock, kLogicalBlock).toHex() + u':' +
                            QByteArray(def + t.indexBlockOffsets[size_t(real)], 34).toHex() +
@@ -79,11 +78,11 @@ TEST(AccessTemplates, HoldTheKeysOfAnAccessDesignAsAccessLaysThemOut)
         {"MaterialChangeText", {"PrimaryKey:MaterialChange_ID,Language:89"}},
     };
     // Access's own layout of these primary keys, from a file keyed the same way.
-    const Image keyed = loadImage(jetTestFile(QStringLiteral("helptext_keys")));
+    const Image keyed = loadImage(jetTestFile(u"helptext_keys"_s));
     const auto keyedTables = tablesOf(keyed);
     for (const bool materialChange : {true, false}) {
-        const QString path = binDir() + (materialChange ? QStringLiteral("/HelpTextMitMaterialchange.mdb")
-                                                        : QStringLiteral("/HelpTextOhneMaterialchange.mdb"));
+        const QString path =
+            binDir() + (materialChange ? u"/HelpTextMitMaterialchange.mdb"_s : u"/HelpTextOhneMaterialchange.mdb"_s);
         SCOPED_TRACE(path.toStdString());
         ASSERT_EQ(detectDatabaseFormat(path), DbFormat::Jet) << "made by the build beside the programs";
         const Image image = loadImage(path);
@@ -108,8 +107,7 @@ TEST(AccessTemplates, HoldTheKeysOfAnAccessDesignAsAccessLaysThemOut)
 TEST(AccessTemplates, BuilderCarriesTheKeysAnSqliteFileDeclares)
 {
     QTemporaryDir dir;
-    const QString sqlite = dir.filePath(QStringLiteral("keys.sqlite")),
-                  access = dir.filePath(QStringLiteral("keys.mdb"));
+    const QString sqlite = dir.filePath(u"keys.sqlite"_s), access = dir.filePath(u"keys.mdb"_s);
     {
         auto db = Database::create(sqlite);
         db->execScript(QStringLiteral(
@@ -123,15 +121,15 @@ TEST(AccessTemplates, BuilderCarriesTheKeysAnSqliteFileDeclares)
             "INSERT INTO Plain VALUES (7, 'seven'), (3, 'three');"
             "INSERT INTO Loose VALUES (1, NULL), (1, NULL);"));
     }
-    convertSqliteToJet(sqlite, jetTestFile(QStringLiteral("empty")), access);
+    convertSqliteToJet(sqlite, jetTestFile(u"empty"_s), access);
     const Image image = loadImage(access);
     EXPECT_EQ(checkStructure(image), QStringList());
     const auto tables = tablesOf(image);
-    EXPECT_EQ(indexesOf(image, tables.at(QStringLiteral("Parts"))),
+    EXPECT_EQ(indexesOf(image, tables.at(u"Parts"_s)),
               (QStringList{"PrimaryKey:Lot,Code:89", "Note:Note:81", "SizeLot:Size,Lot:81", "PartsBySize:Size:80"}));
-    EXPECT_EQ(indexesOf(image, tables.at(QStringLiteral("Plain"))), QStringList{"PrimaryKey:ID:89"});
-    EXPECT_EQ(indexesOf(image, tables.at(QStringLiteral("Loose"))), QStringList());
-    EXPECT_EQ(readThroughLibmdb(access).at(QStringLiteral("Parts")).size(), 3);
+    EXPECT_EQ(indexesOf(image, tables.at(u"Plain"_s)), QStringList{"PrimaryKey:ID:89"});
+    EXPECT_EQ(indexesOf(image, tables.at(u"Loose"_s)), QStringList());
+    EXPECT_EQ(readThroughLibmdb(access).at(u"Parts"_s).size(), 3);
 
     // Keys an Access file cannot hold: refused, and no file is left.
     const struct {
@@ -146,12 +144,11 @@ TEST(AccessTemplates, BuilderCarriesTheKeysAnSqliteFileDeclares)
     };
     for (const auto &r : refused) {
         SCOPED_TRACE(r.why);
-        const QString source = dir.filePath(QStringLiteral("refused.sqlite")),
-                      target = dir.filePath(QStringLiteral("refused.mdb"));
+        const QString source = dir.filePath(u"refused.sqlite"_s), target = dir.filePath(u"refused.mdb"_s);
         QFile::remove(source);
         ASSERT_TRUE(QFile::copy(sqlite, source));
         Database::open(source)->execScript(QLatin1String(r.sql));
-        EXPECT_THROW(convertSqliteToJet(source, jetTestFile(QStringLiteral("empty")), target), DbError);
+        EXPECT_THROW(convertSqliteToJet(source, jetTestFile(u"empty"_s), target), DbError);
         EXPECT_FALSE(QFile::exists(target));
     }
 }

@@ -8,66 +8,56 @@
 
 using namespace ht;
 using namespace ht::test;
+using namespace Qt::StringLiterals;
 
 namespace
 {
 
 const std::vector<LookupRow> kLanguages = {
-    {1031, QStringLiteral("GERMAN"), QStringLiteral("Arial 10 400"), QStringLiteral("00000407"), 1252},
-    {1033, QStringLiteral("ENGLISH"), QStringLiteral("Arial 10 400"), QStringLiteral("00000409"), 1252},
-    {1041, QStringLiteral("JAPANESE"), QStringLiteral("MS Gothic 10 400 128"), QStringLiteral("00000411"), 932},
-    {1049, QStringLiteral("Русский \"RU\""), QStringLiteral("Times New Roman 12 700 204"), QStringLiteral("00000419"),
-     1251},
-};
-
-struct FontCase {
-    const char *fontSpec;
-    QStringList expected; // without the padding to eight elements
-};
-
-void PrintTo(const FontCase &c, std::ostream *os)
-{
-    *os << '"' << c.fontSpec << '"';
-}
-
-class FontSpecs : public ::testing::TestWithParam<FontCase>
-{
+    {1031, u"GERMAN"_s, u"Arial 10 400"_s, u"00000407"_s, 1252},
+    {1033, u"ENGLISH"_s, u"Arial 10 400"_s, u"00000409"_s, 1252},
+    {1041, u"JAPANESE"_s, u"MS Gothic 10 400 128"_s, u"00000411"_s, 932},
+    {1049, u"Русский \"RU\""_s, u"Times New Roman 12 700 204"_s, u"00000419"_s, 1251},
 };
 
 struct LookupTest : ::testing::Test {
     DbTestContext t;
     void SetUp() override
     {
-        t.ctx.state.langLookupDB = t.path(QStringLiteral("Languages.mdb"));
+        t.ctx.state.langLookupDB = t.path(u"Languages.mdb"_s);
         makeLookupDb(t.ctx.state.langLookupDB, kLanguages);
     }
 };
 
 } // namespace
 
-TEST_P(FontSpecs, SplitsNameAndNumbers)
+TEST(GetFontSpecs, SplitsNameAndNumbers)
 {
-    QStringList expected = GetParam().expected;
-    expected.resize(8);
-    EXPECT_EQ(GetFontSpecs(QString::fromUtf8(GetParam().fontSpec)), expected) << GetParam().fontSpec;
+    // Expected without the padding to eight elements.
+    const std::pair<const char *, QStringList> cases[] = {
+        {"Arial 10 400", {"Arial", "10", "400"}},
+        {"Times New Roman 12 700 0", {"Times New Roman", "12", "700", "0"}},
+        {"  Arial   9.5\t400  ", {"Arial", "9.5", "400"}},
+        {"Arial", {"Arial"}},
+        {"SimSun 1 2 3 4 5 6 7", {"SimSun", "1", "2", "3", "4", "5", "6", "7"}},
+        {"SimSun 1 2 3 4 5 6 7 8", {"-1"}},
+        {"Arial 10 bold", {"-1"}},
+        {"Arial 10 400 x 1", {"-1"}},
+        {"10 400", {"-1"}},
+        {"", {"-1"}},
+        {"   ", {"-1"}}};
+    for (auto [spec, expected] : cases) {
+        expected.resize(8);
+        EXPECT_EQ(GetFontSpecs(QString::fromUtf8(spec)), expected) << spec;
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    FontCases, FontSpecs,
-    ::testing::Values(FontCase{"Arial 10 400", {"Arial", "10", "400"}},
-                      FontCase{"Times New Roman 12 700 0", {"Times New Roman", "12", "700", "0"}},
-                      FontCase{"  Arial   9.5\t400  ", {"Arial", "9.5", "400"}}, FontCase{"Arial", {"Arial"}},
-                      FontCase{"SimSun 1 2 3 4 5 6 7", {"SimSun", "1", "2", "3", "4", "5", "6", "7"}},
-                      FontCase{"SimSun 1 2 3 4 5 6 7 8", {"-1"}}, FontCase{"Arial 10 bold", {"-1"}},
-                      FontCase{"Arial 10 400 x 1", {"-1"}}, FontCase{"10 400", {"-1"}}, FontCase{"", {"-1"}},
-                      FontCase{"   ", {"-1"}}));
 
 TEST(CheckLanguageLookup, OldVersionIsAcceptedAndReportedOnlyOnTheMachinePc)
 {
     for (const bool substBy : {true, false}) {
         for (const bool machinePc : {false, true}) {
             DbTestContext t;
-            const QString path = t.path(QStringLiteral("Languages.mdb"));
+            const QString path = t.path(u"Languages.mdb"_s);
             makeLookupDb(path, kLanguages, substBy);
             t.ctx.state.runningOnMachinePC = machinePc;
             t.ctx.state.langLookupHasSubstBy = !substBy;
@@ -76,10 +66,9 @@ TEST(CheckLanguageLookup, OldVersionIsAcceptedAndReportedOnlyOnTheMachinePc)
             EXPECT_EQ(t.ctx.state.langLookupDB, path);
             EXPECT_EQ(t.ctx.state.langLookupHasSubstBy, substBy);
             const bool reported = !substBy && machinePc;
-            const QString text =
-                QStringLiteral("Language-definition database \"") + path + QStringLiteral("\": Old Version!");
+            const QString text = u"Language-definition database \""_s + path + u"\": Old Version!"_s;
             EXPECT_EQ(t.ui.messageTexts(), reported ? QStringList{text} : QStringList());
-            EXPECT_EQ(t.errorLog(), reported ? text + QStringLiteral("\r\n") : QString());
+            EXPECT_EQ(t.errorLog(), reported ? text + u"\r\n"_s : QString());
         }
     }
 }
@@ -88,16 +77,16 @@ TEST_F(LookupTest, AFileThatIsNoLanguageDatabaseLeavesTheActiveOne)
 {
     const QString good = t.ctx.state.langLookupDB;
     t.ctx.state.langLookupHasSubstBy = true;
-    const QString helpText = t.newHelpDb(false), junk = writeIn(t.dir, QStringLiteral("junk.mdb"), "junk");
+    const QString helpText = t.newHelpDb(false), junk = writeIn(t.dir, u"junk.mdb"_s, "junk");
     // Every value reads, but the file fails SQLite's check: it has a page nothing uses.
-    const QString damaged = t.path(QStringLiteral("damaged.mdb"));
+    const QString damaged = t.path(u"damaged.mdb"_s);
     makeLookupDb(damaged, kLanguages);
     QByteArray bytes = readFileBytes(damaged);
     const quint16 pageSize = qFromBigEndian<quint16>(bytes.constData() + 16);
     bytes.append(QByteArray(pageSize, '\0'));
     qToBigEndian<quint32>(quint32(bytes.size() / pageSize), bytes.data() + 28); // the page count
     writeFileBytes(damaged, bytes);
-    for (const QString &bad : {helpText, junk, damaged, t.path(QStringLiteral("missing.mdb"))}) {
+    for (const QString &bad : {helpText, junk, damaged, t.path(u"missing.mdb"_s)}) {
         EXPECT_EQ(CheckLanguageLookup(t.ctx, bad), QString()) << qPrintable(bad);
         EXPECT_EQ(t.ctx.state.langLookupDB, good);
         EXPECT_TRUE(t.ctx.state.langLookupHasSubstBy);
@@ -121,30 +110,28 @@ TEST_F(LookupTest, CodePageByCaselessNameAndIdByNumber)
 TEST_F(LookupTest, UpdateFontSettingsWidensFontAndCopiesOnlyWhatDiffers)
 {
     const QString db = t.ctx.state.helpTextDB = t.newHelpDb(false);
-    const QString longFont = QStringLiteral("A Font Name Of Exactly Fifty-Two Characters Here 10");
+    const QString longFont = u"A Font Name Of Exactly Fifty-Two Characters Here 10"_s;
     {
         auto d = openRW(db);
         // An older database: Font only 50 wide, one language up to date, one stale, one unknown.
-        d->changeColumnType(QStringLiteral("Language"), QStringLiteral("Font"), QStringLiteral("VARCHAR(50)"));
-        d->exec(QStringLiteral("INSERT INTO Language VALUES (1031, 'GERMAN', 'Arial 10 400', '00000407')"));
-        d->exec(QStringLiteral("INSERT INTO Language VALUES (1041, 'JAPANESE', 'Arial 8', NULL)"));
-        d->exec(QStringLiteral("INSERT INTO Language VALUES (2000, 'OWN', ?, 'x')"), {longFont});
-        d->execScript(QStringLiteral("CREATE TABLE Rewrites (Language); CREATE TRIGGER CountRewrites AFTER UPDATE ON "
-                                     "Language BEGIN INSERT INTO Rewrites VALUES (NEW.Language); END;"));
+        d->changeColumnType(u"Language"_s, u"Font"_s, u"VARCHAR(50)"_s);
+        d->exec(u"INSERT INTO Language VALUES (1031, 'GERMAN', 'Arial 10 400', '00000407')"_s);
+        d->exec(u"INSERT INTO Language VALUES (1041, 'JAPANESE', 'Arial 8', NULL)"_s);
+        d->exec(u"INSERT INTO Language VALUES (2000, 'OWN', ?, 'x')"_s, {longFont});
+        d->execScript(u"CREATE TABLE Rewrites (Language); CREATE TRIGGER CountRewrites AFTER UPDATE ON "
+                      "Language BEGIN INSERT INTO Rewrites VALUES (NEW.Language); END;"_s);
     }
 
     UpdateLangFontSettings(t.ctx);
 
-    EXPECT_EQ(columnType(*openRW(db), QStringLiteral("Language"), QStringLiteral("Font")),
-              QStringLiteral("VARCHAR(255)"));
-    EXPECT_EQ(dump(db, QStringLiteral("SELECT Language, Name, Font, KBLayout FROM Language ORDER BY Language")),
-              (QStringList{QStringLiteral("1031|GERMAN|Arial 10 400|00000407"),
-                           QStringLiteral("1041|JAPANESE|MS Gothic 10 400 128|00000411"),
-                           QStringLiteral("2000|OWN|") + longFont + QStringLiteral("|x")}));
-    EXPECT_EQ(dump(db, QStringLiteral("SELECT Language FROM Rewrites")), QStringList{QStringLiteral("1041")});
+    EXPECT_EQ(columnType(*openRW(db), u"Language"_s, u"Font"_s), u"VARCHAR(255)"_s);
+    EXPECT_EQ(dump(db, u"SELECT Language, Name, Font, KBLayout FROM Language ORDER BY Language"_s),
+              (QStringList{u"1031|GERMAN|Arial 10 400|00000407"_s, u"1041|JAPANESE|MS Gothic 10 400 128|00000411"_s,
+                           u"2000|OWN|"_s + longFont + u"|x"_s}));
+    EXPECT_EQ(dump(db, u"SELECT Language FROM Rewrites"_s), QStringList{u"1041"_s});
     EXPECT_TRUE(t.ui.shown.empty());
 
-    addLanguage(db, 1049, QStringLiteral("Русский"));
+    addLanguage(db, 1049, u"Русский"_s);
     QStringList existing;
     for (const ExistingLanguage &l : GetExistingLanguages(t.ctx))
         existing << l.number + u' ' + l.name;

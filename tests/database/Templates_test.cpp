@@ -9,6 +9,7 @@
 
 using namespace ht;
 using namespace ht::test;
+using namespace Qt::StringLiterals;
 
 namespace
 {
@@ -16,16 +17,16 @@ namespace
 int runTool(const QStringList &args)
 {
     QProcess p;
-    p.start(binDir() + QStringLiteral("/helptext-mkdb"), args);
+    p.start(binDir() + u"/helptext-mkdb"_s, args);
     return p.waitForFinished(60000) ? p.exitCode() : -1;
 }
 
 // Per block of `n` rows: first and last ID, first and last number, the machine types.
 QStringList blocks(const QString &db, const char *table, const char *id, const char *no, int n)
 {
-    return dump(db, QStringLiteral("SELECT (%1 - 1) / %3, MIN(%1), MAX(%1), MIN(%2), MAX(%2), "
-                                   "group_concat(DISTINCT MachineType) FROM %4 GROUP BY 1 ORDER BY 1")
-                        .arg(QLatin1String(id), QLatin1String(no), QString::number(n), QLatin1String(table)));
+    return dump(db, u"SELECT (%1 - 1) / %3, MIN(%1), MAX(%1), MIN(%2), MAX(%2), "
+                    "group_concat(DISTINCT MachineType) FROM %4 GROUP BY 1 ORDER BY 1"_s.arg(
+                        QLatin1String(id), QLatin1String(no), QString::number(n), QLatin1String(table)));
 }
 
 class TemplateDatabase : public ::testing::TestWithParam<bool>
@@ -37,12 +38,11 @@ class TemplateDatabase : public ::testing::TestWithParam<bool>
 TEST_P(TemplateDatabase, IsAcceptedWithFiveFreeBlocksAndNoLanguage)
 {
     const bool materialChange = GetParam();
-    const QString name = materialChange ? QStringLiteral("HelpTextMitMaterialchange.mdb")
-                                        : QStringLiteral("HelpTextOhneMaterialchange.mdb");
+    const QString name = materialChange ? u"HelpTextMitMaterialchange.mdb"_s : u"HelpTextOhneMaterialchange.mdb"_s;
     // In a folder with quotes, percent signs and non-ASCII letters; the second case runs on
     // the machine PC, where the path is not saved.
     DbTestContext t;
-    const QString folder = QStringLiteral("Mäschine \"A\" 100% ' machine");
+    const QString folder = u"Mäschine \"A\" 100% ' machine"_s;
     ASSERT_TRUE(QDir(t.dir.path()).mkpath(folder));
     const QString db = t.path(folder + u'/' + name);
     ASSERT_TRUE(QFile::copy(binDir() + u'/' + name, db)) << "made by the build beside the programs";
@@ -57,24 +57,23 @@ TEST_P(TemplateDatabase, IsAcceptedWithFiveFreeBlocksAndNoLanguage)
     EXPECT_EQ(t.savedHelpTextDb(), materialChange ? QString() : db);
     EXPECT_TRUE(t.ui.shown.empty());
     EXPECT_TRUE(t.ctx.state.lastBackupPath.isEmpty()) << "nothing to rebuild, so no backup";
-    EXPECT_EQ(dump(db, QStringLiteral("SELECT Item, Data FROM DBSys ORDER BY Item")),
-              (QStringList{QStringLiteral("MaxLenAlarm|256"), QStringLiteral("MaxLenMaterialChange|1000"),
-                           QStringLiteral("MaxLenWarning|256")}));
+    EXPECT_EQ(dump(db, u"SELECT Item, Data FROM DBSys ORDER BY Item"_s),
+              (QStringList{u"MaxLenAlarm|256"_s, u"MaxLenMaterialChange|1000"_s, u"MaxLenWarning|256"_s}));
     QStringList alarmBlocks, mcBlocks;
     for (int b = 0; b < 5; ++b) {
-        alarmBlocks << QStringLiteral("%1|%2|%3|1|256|0").arg(b).arg(b * 256 + 1).arg(b * 256 + 256);
-        mcBlocks << QStringLiteral("%1|%2|%3|1|1000|0").arg(b).arg(b * 1000 + 1).arg(b * 1000 + 1000);
+        alarmBlocks << u"%1|%2|%3|1|256|0"_s.arg(b).arg(b * 256 + 1).arg(b * 256 + 256);
+        mcBlocks << u"%1|%2|%3|1|1000|0"_s.arg(b).arg(b * 1000 + 1).arg(b * 1000 + 1000);
     }
     EXPECT_EQ(blocks(db, "AlarmDefinition", "AlarmID", "AlarmNo", 256), alarmBlocks);
     EXPECT_EQ(blocks(db, "WarningDefinition", "WarningID", "WarningNo", 256), alarmBlocks);
     if (materialChange)
         EXPECT_EQ(blocks(db, "MaterialChangeDefinition", "MaterialChangeID", "MaterialChangeNo", 1000), mcBlocks);
-    EXPECT_EQ(dump(db, QStringLiteral("SELECT (SELECT COUNT(*) FROM Discription) + (SELECT COUNT(*) FROM AlarmText) "
-                                      "+ (SELECT COUNT(*) FROM WarningText)")),
-              QStringList{QStringLiteral("0")});
+    EXPECT_EQ(dump(db, u"SELECT (SELECT COUNT(*) FROM Discription) + (SELECT COUNT(*) FROM AlarmText) "
+                       "+ (SELECT COUNT(*) FROM WarningText)"_s),
+              QStringList{u"0"_s});
     // No language of its own: an import creates its language with the number of
     // the language definitions in use, which no template can know.
-    EXPECT_EQ(dump(db, QStringLiteral("SELECT COUNT(*) FROM Language")), QStringList{QStringLiteral("0")});
+    EXPECT_EQ(dump(db, u"SELECT COUNT(*) FROM Language"_s), QStringList{u"0"_s});
 }
 
 INSTANTIATE_TEST_SUITE_P(WithAndWithoutMaterialChange, TemplateDatabase, ::testing::Bool());
@@ -82,17 +81,16 @@ INSTANTIATE_TEST_SUITE_P(WithAndWithoutMaterialChange, TemplateDatabase, ::testi
 TEST(MakeDatabaseTool, NeverOverwritesAndLeavesNothingOnFailure)
 {
     DbTestContext t;
-    const QString out = t.path(QStringLiteral("Languages.sqlite"));
-    ASSERT_EQ(runTool({out, schemaFile(QStringLiteral("languages.sql"))}), 0);
-    EXPECT_TRUE(openRW(out)->hasColumn(QStringLiteral("LookupLanguages"), QStringLiteral("SubstBy")));
+    const QString out = t.path(u"Languages.sqlite"_s);
+    ASSERT_EQ(runTool({out, schemaFile(u"languages.sql"_s)}), 0);
+    EXPECT_TRUE(openRW(out)->hasColumn(u"LookupLanguages"_s, u"SubstBy"_s));
     const QByteArray made = readFileBytes(out);
-    EXPECT_EQ(runTool({out, schemaFile(QStringLiteral("indextext.sql"))}), 2);
+    EXPECT_EQ(runTool({out, schemaFile(u"indextext.sql"_s)}), 2);
     EXPECT_EQ(readFileBytes(out), made);
 
     // The second script fails half-way: no file is left.
-    const QString bad =
-        writeIn(t.dir, QStringLiteral("bad.sql"), "CREATE TABLE Extra (x);\nINSERT INTO Nowhere VALUES (1);\n");
-    const QString failed = t.path(QStringLiteral("Failed.sqlite"));
-    EXPECT_EQ(runTool({failed, schemaFile(QStringLiteral("indextext.sql")), bad}), 1);
+    const QString bad = writeIn(t.dir, u"bad.sql"_s, "CREATE TABLE Extra (x);\nINSERT INTO Nowhere VALUES (1);\n");
+    const QString failed = t.path(u"Failed.sqlite"_s);
+    EXPECT_EQ(runTool({failed, schemaFile(u"indextext.sql"_s), bad}), 1);
     EXPECT_FALSE(QFile::exists(failed));
 }

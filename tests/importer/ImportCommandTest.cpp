@@ -3,12 +3,10 @@
 // they keep of a machine's rows and names.
 #include "ImportTestSupport.h"
 
-#include "common/ConsoleUserInterface.h"
+#include "common/ConsoleRun.h"
 #include "importer/ImportCommands.h"
 
 #include <QDir>
-#include <cstdio>
-#include <cstdlib>
 #include <functional>
 
 namespace ht
@@ -27,18 +25,7 @@ class ImportCommand : public ::testing::Test
     {
         args.insert(1, "--database");
         args.insert(2, w->db());
-        char *bytes = nullptr;
-        size_t size = 0;
-        FILE *out = open_memstream(&bytes, &size);
-        ConsoleUserInterface console(out);
-        w->t.ctx.ui = &console;
-        int code = -1;
-        EXPECT_TRUE(runConsoleCommand(w->t.ctx, importerCommands(), args, code));
-        std::fclose(out);
-        err = QString::fromLocal8Bit(bytes, qsizetype(size));
-        std::free(bytes);
-        w->t.ctx.ui = &w->t.ui;
-        return code;
+        return test::runCaptured(w->t.ctx, importerCommands(), args, err);
     }
     // An import of layout.xls (3 added rows, Greek in language column 2) or another workbook.
     int import(const QString &machine, const QStringList &more = {}, const QString &file = "layout.xls")
@@ -65,81 +52,55 @@ TEST_F(ImportCommand, RefusalsChangeNotOneByte)
     const QString cut = w->t.path("cut.xls");
     const QByteArray whole = test::readFileBytes(test::workbook("layout.xls"));
     test::writeFileBytes(cut, whole.left(whole.size() * 6 / 10));
+    using Step = std::function<int(ImportCommand &)>;
+    const auto imp = [](QString machine, QStringList more = {}, QString file = "layout.xls") -> Step {
+        return [=](ImportCommand &c) { return c.import(machine, more, file); };
+    };
+    const auto cmd = [](QStringList args) -> Step { return [=](ImportCommand &c) { return c.run(args); }; };
     const struct {
         const char *name;
-        std::function<void(ImportCommand &)> before;
-        std::function<int(ImportCommand &)> job;
+        Step before, job;
         const char *says;
     } cases[] = {
-        {"a workbook cut short, with added rows the tables lack",
-         {},
-         [&](ImportCommand &c) {
-             return c.import("M1", {"--added", "3"}, cut);
-         },
-         "cut.xls"},
+        {"a workbook cut short, with added rows the tables lack", {}, imp("M1", {"--added", "3"}, cut), "cut.xls"},
         {"more added rows than the workbook has",
          {},
-         [](ImportCommand &c) {
-             return c.import("M1", {"--added", "12"});
-         },
+         imp("M1", {"--added", "12"}),
          "has 3 added alarms and 3 added warnings (numbered from 257 in column B), but the import is for 12 added "
          "alarms and warnings"},
-        {"fewer added rows than the machines' blocks",
-         [](ImportCommand &c) {
-             c.import("M1", {"--added", "3"});
-         },
-         [](ImportCommand &c) {
-             return c.import("M2", {"--added", "0"}, "layout-plain.xlsx");
-         },
+        {"fewer added rows than the machines' blocks", imp("M1", {"--added", "3"}),
+         imp("M2", {"--added", "0"}, "layout-plain.xlsx"),
          "The database's blocks hold 259 alarms and warnings per machine (256 + 3 added rows); with 0 added rows the "
          "blocks of the machines there (M1) would move"},
-        {"more added rows than the machines' blocks",
-         [](ImportCommand &c) {
-             c.import("M1", {"--added", "0"}, "layout-plain.xlsx");
-         },
-         [](ImportCommand &c) {
-             return c.import("M2", {"--added", "3"});
-         },
-         "would move"},
-        {"a device name",
-         {},
-         [](ImportCommand &c) { return c.import("CON"); },
-         "The machine name \"CON\" cannot be used"},
-        {"a character Windows refuses", {}, [](ImportCommand &c) { return c.import("M|1"); }, "cannot be used"},
-        {"a trailing dot", {}, [](ImportCommand &c) { return c.import("M1."); }, "cannot be used"},
+        {"more added rows than the machines' blocks", imp("M1", {"--added", "0"}, "layout-plain.xlsx"),
+         imp("M2", {"--added", "3"}), "would move"},
+        {"a device name", {}, imp("CON"), "The machine name \"CON\" cannot be used"},
+        {"a character Windows refuses", {}, imp("M|1"), "cannot be used"},
+        {"a trailing dot", {}, imp("M1."), "cannot be used"},
         {"a language numbered otherwise than in the definitions",
-         [](ImportCommand &c) { c.w->exec("INSERT INTO Language (Language, Name) VALUES (3, 'greek')"); },
-         [](ImportCommand &c) { return c.import("M1"); },
+         [](ImportCommand &c) {
+             c.w->exec("INSERT INTO Language (Language, Name) VALUES (3, 'greek')");
+             return 0;
+         },
+         imp("M1"),
          "The language \"greek\" has the number 3 in the help-text database but 1032 in the language-definition "
          "database"},
         {"a material-change list without material-change tables",
-         [](ImportCommand &c) { c.w = std::make_unique<test::ImportWorkspace>(false); },
          [](ImportCommand &c) {
-             return c.import("M1", {"--material-change", test::workbook("material-change.xls"), "--position", "3"});
+             c.w = std::make_unique<test::ImportWorkspace>(false);
+             return 0;
          },
+         imp("M1", {"--material-change", test::workbook("material-change.xls"), "--position", "3"}),
          "has no material-change tables"},
         {"deleting a machine that is not there",
          {},
-         [](ImportCommand &c) {
-             return c.run({"delete-machine", "--machine", "M9"});
-         },
+         cmd({"delete-machine", "--machine", "M9"}),
          "There is no machine M9."},
-        {"renaming a machine to its own name",
-         [](ImportCommand &c) {
-             c.import("M1", {"--added", "3"});
-         },
-         [](ImportCommand &c) {
-             return c.run({"rename-machine", "--machine", "m1", "--to", "M1"});
-         },
+        {"renaming a machine to its own name", imp("M1", {"--added", "3"}),
+         cmd({"rename-machine", "--machine", "m1", "--to", "M1"}),
          "The machine is named M1 already: there is nothing to do."},
-        {"renaming to a device name",
-         [](ImportCommand &c) {
-             c.import("M1", {"--added", "3"});
-         },
-         [](ImportCommand &c) {
-             return c.run({"rename-machine", "--machine", "M1", "--to", "lpt3"});
-         },
-         "The name lpt3 cannot name a machine"},
+        {"renaming to a device name", imp("M1", {"--added", "3"}),
+         cmd({"rename-machine", "--machine", "M1", "--to", "lpt3"}), "The name lpt3 cannot name a machine"},
     };
     for (const auto &c : cases) {
         w = std::make_unique<test::ImportWorkspace>();

@@ -2,7 +2,7 @@
 // a script runs it, and an import into a database it made.
 #include "ImportTestSupport.h"
 
-#include "common/ConsoleUserInterface.h"
+#include "common/ConsoleRun.h"
 #include "common/StatusDisplay.h"
 #include "database/jet/JetCheck.h"
 #include "database/jet/JetImage.h"
@@ -11,8 +11,6 @@
 #include "importer/NewDatabase.h"
 
 #include <QDir>
-#include <cstdio>
-#include <cstdlib>
 
 namespace ht
 {
@@ -25,19 +23,8 @@ struct NewDatabaseCommand : ::testing::Test {
 
     int run(const QStringList &args)
     {
-        char *bytes = nullptr;
-        size_t size = 0;
-        FILE *out = open_memstream(&bytes, &size);
-        ConsoleUserInterface console(out);
-        t.ctx.ui = &console;
         t.ctx.programDir = test::binDir(); // where the build puts the templates
-        int code = -1;
-        EXPECT_TRUE(runConsoleCommand(t.ctx, importerCommands(), QStringList{"new-database"} + args, code));
-        std::fclose(out);
-        err = QString::fromLocal8Bit(bytes, qsizetype(size));
-        std::free(bytes);
-        t.ctx.ui = &t.ui;
-        return code;
+        return test::runCaptured(t.ctx, importerCommands(), QStringList{"new-database"} + args, err);
     }
     QString value(const QString &path, const QString &sql)
     {
@@ -103,30 +90,23 @@ TEST_F(NewDatabaseCommand, MakesAccessOrSqliteAndNeverReplacesAFile)
 
 TEST(ImportIntoNewAccessDatabase, TakesAMachineWithItsLanguageAndKeepsTheFileSound)
 {
-    test::TestContext t;
-    const QString db = t.path("Help.mdb");
-    ASSERT_EQ(makeNewDatabase(test::binDir() + u'/' + templateFileName(true), {db, true, 0, false}), QString());
-    test::makeDemoLanguageDB(t.path("Languages.mdb"));
-    t.ctx.state.mode = QStringLiteral("IMPORT");
-    t.ctx.state.iniPath = t.path("helptext.ini");
-    t.ctx.state.anzFehler = 0;
-    ASSERT_FALSE(CheckLanguageLookup(t.ctx, t.path("Languages.mdb")).isEmpty());
-    ASSERT_EQ(CheckConnection(t.ctx, db), db);
+    test::ImportWorkspace w(true, [](const QString &db) {
+        ASSERT_EQ(makeNewDatabase(test::binDir() + u'/' + templateFileName(true), {db, true, 0, false}), QString());
+    });
+    const QString db = w.db();
     HeadlessStatus status;
-    Importer importer(t.ctx, &status,
+    Importer importer(w.t.ctx, &status,
                       [](const QString &, const QString &, const QString &) { return AnswerReplaceAll; });
     ImportRequest request;
-    request.machine = QStringLiteral("P100");
-    request.language = QStringLiteral("Greek");
-    request.source = {test::workbook(QStringLiteral("layout-plain.xlsx")), 2, 1, QStringLiteral("0")};
+    request.machine = "P100";
+    request.language = "Greek";
+    request.source = {test::workbook("layout-plain.xlsx"), 2, 1, "0"};
     const bool imported = importer.MainProc(request);
-    const QString said = t.ui.messageTexts().join(u'\n');
+    const QString said = w.t.ui.messageTexts().join(u'\n');
     ASSERT_TRUE(imported) << qPrintable(said);
     EXPECT_EQ(jet::checkStructure(jet::Image(test::readFileBytes(db), db)), QStringList());
-    auto d = Database::open(db, Database::Mode::ReadOnly);
-    EXPECT_EQ(d->query("SELECT Device FROM AlarmText WHERE Alarm_ID = 5 AND Language = 1032").value(0).toString(),
-              QStringLiteral("Συσκευή 5"));
-    EXPECT_EQ(d->query("SELECT COUNT(*) FROM AlarmDefinition WHERE MachineType = 'P100'").value(0).toInt(), 256);
+    EXPECT_EQ(w.value("SELECT Device FROM AlarmText WHERE Alarm_ID = 5 AND Language = 1032"), "Συσκευή 5");
+    EXPECT_EQ(w.value("SELECT COUNT(*) FROM AlarmDefinition WHERE MachineType = 'P100'"), "256");
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 
 #include <QCryptographicHash>
 #include <QFile>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace ht::test
@@ -29,14 +30,13 @@ struct ImportWorkspace {
     TestContext t;
     QString db() const { return t.path("Help.mdb"); }
 
-    explicit ImportWorkspace(bool materialChange = true)
+    // An SQLite help-text database from the templates' own scripts, unless `make` makes another.
+    explicit ImportWorkspace(bool materialChange = true, const std::function<void(const QString &)> &make = {})
     {
-        // An SQLite help-text database from the templates' own scripts; the Access
-        // templates themselves are tried in ImportTemplateTest.
         QStringList scripts{QStringLiteral("src/database/schema/helptext.sql")};
         if (materialChange)
             scripts << QStringLiteral("src/database/schema/helptext_materialchange.sql");
-        makeDatabase(db(), scripts);
+        make ? make(db()) : makeDatabase(db(), scripts);
         QFile(db()).setPermissions(QFile::ReadOwner | QFile::WriteOwner);
         makeDemoLanguageDB(t.path("Languages.mdb"));
         AppState &s = t.ctx.state;

@@ -1,12 +1,10 @@
 // The language jobs as commands for scripts: exit codes and what stderr says.
 #include "LanguagesTestSupport.h"
 
-#include "common/ConsoleUserInterface.h"
+#include "common/ConsoleRun.h"
 #include "languages/LanguageCommands.h"
 
 #include <QProcess>
-#include <cstdio>
-#include <cstdlib>
 
 namespace ht
 {
@@ -20,22 +18,7 @@ class LanguageCommands : public ::testing::Test
   protected:
     test::LanguagesWorkspace w;
 
-    // Runs one command in a console of its own; `err` gets what it wrote.
-    int run(const QStringList &args)
-    {
-        char *bytes = nullptr;
-        size_t size = 0;
-        FILE *out = open_memstream(&bytes, &size);
-        ConsoleUserInterface console(out);
-        w.t.ctx.ui = &console;
-        int exitCode = -1;
-        EXPECT_TRUE(runConsoleCommand(w.t.ctx, languageCommands(), args, exitCode));
-        std::fclose(out);
-        err = QString::fromLocal8Bit(bytes, qsizetype(size));
-        std::free(bytes);
-        w.t.ctx.ui = &w.t.ui;
-        return exitCode;
-    }
+    int run(const QStringList &args) { return test::runCaptured(w.t.ctx, languageCommands(), args, err); }
     QStringList on(const QStringList &args) const
     {
         return QStringList{"--database", w.db(), "--languages", w.lookup()} + args;
