@@ -10,6 +10,7 @@ PACKAGES=(
   fonts-liberation fontconfig
   sqlite3 libsqlite3-dev
   clang-14 libclang-rt-14-dev
+  libhunspell-dev hunspell-en-us hunspell-de-de hunspell-el hunspell-ru hunspell-fr
 )
 
 missing=()
