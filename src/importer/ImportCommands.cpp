@@ -10,6 +10,7 @@
 #include "database/LanguageLookup.h"
 #include "importer/DelMachine.h"
 #include "importer/Importer.h"
+#include "review/ReviewCommands.h"
 
 namespace ht
 {
@@ -171,7 +172,7 @@ int runSyncToAccess(Context &ctx, const CommandArgs &args)
 
 std::vector<ConsoleCommand> importerCommands()
 {
-    return {
+    std::vector<ConsoleCommand> commands{
         {QStringLiteral("import"),
          QStringLiteral("--database DB (--workbook FILE --column N | --material-change FILE --position N) --machine "
                         "NAME --language NAME [--added N] [--replace all|never] [--languages FILE]"),
@@ -233,6 +234,9 @@ std::vector<ConsoleCommand> importerCommands()
          {},
          runSyncToAccess},
     };
+    for (ConsoleCommand &c : reviewCommands())
+        commands.push_back(std::move(c));
+    return commands;
 }
 
 } // namespace ht

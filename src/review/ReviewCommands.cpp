@@ -122,6 +122,10 @@ int runCheck(Context &ctx, const CommandArgs &args)
         return failed(QStringLiteral("check: the database could not be read to the end: ") +
                       QString::fromUtf8(e.what()));
     }
+    // By machine, kind and item, as the overview and the editor list them.
+    std::stable_sort(findings.begin(), findings.end(), [](const ItemFinding &a, const ItemFinding &b) {
+        return std::tie(a.machine, a.kind, a.number) < std::tie(b.machine, b.kind, b.number);
+    });
     printNotes(check->takeNotes());
     printOut(formatFindings(findings, format));
     return findings.empty() ? kCommandDone : kCommandFailed;
