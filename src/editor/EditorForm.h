@@ -6,6 +6,7 @@
 // The form itself (EditorView) only shows what it is told and forwards events.
 
 #include "editor/EditorView.h"
+#include "review/ReviewMarks.h"
 
 #include <QString>
 #include <QStringList>
@@ -137,6 +138,12 @@ class EditorForm
     QString pagePath() const;
     QString boxText(int index) const;
     void writeDefinition(Database &db, long id);
+    struct TranslatedFrom {
+        QString sourceLanguage; // "" when no source language is chosen
+        std::vector<KeptSource> sources;
+    };
+    TranslatedFrom translatedFrom(Database &db, const ItemAddress &item) const;
+    void keepTranslatedFrom(const TranslatedFrom &from);
     void reportWriteFailure(const QString &procedure, const std::exception &e, bool addingRow);
     QString pendingItem() const;
     QString pendingWhat() const;
