@@ -7,12 +7,15 @@
 
 #include "editor/EditorView.h"
 #include "review/ReviewMarks.h"
+#include "review/TextChecks.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
 #include <array>
 #include <functional>
+#include <memory>
 
 namespace ht
 {
@@ -20,6 +23,7 @@ namespace ht
 struct Context;
 class Database;
 struct EditorKind;
+class ItemChecker;
 
 // A language of the help-text database as the editor uses it.
 struct LanguageRecord {
@@ -59,6 +63,7 @@ class EditorForm
 {
   public:
     EditorForm(Context &ctx, EditorView &view);
+    ~EditorForm();
 
     // Form, lists and navigation
     void Form_Load();
@@ -93,7 +98,13 @@ class EditorForm
     void MenuNextUntranslated_Click();     // Ctrl+J
     void MenuPreviousUntranslated_Click(); // Ctrl+K
     void MenuGoToItem_Click();             // Ctrl+G
+    void MenuNextFinding_Click();          // Ctrl+Shift+J
+    void MenuPreviousFinding_Click();      // Ctrl+Shift+K
+    void MenuCopySource_Click();           // Ctrl+B: the source text into the destination box, stored as typed
 
+    // The checks of the item shown, run again while the translator types.
+    void refreshFindings();
+    const Findings &findings() const { return m_findings; }
     // Reading an item
     void Source_Read();
     void Destination_Read();
@@ -150,6 +161,9 @@ class EditorForm
     void findUntranslated(int direction);
     QList<int> untranslatedNumbers();
     void refreshStatus();
+    void readReviewState();
+    void findWithFindings(int direction);
+    ItemChecker &checker();
     void setStatus(const QString &text); // a passing hint in the status line
 
     Context &ctx;
@@ -171,6 +185,11 @@ class EditorForm
     bool m_noItemHint = false; // the status line asks for an item number
     ItemAddress m_shownItem;
     std::array<QString, 4> m_definitionRead; // Sensor, Cam, CPU, Rejects as read
+    // The checks: the destination's font and the sources as stored and as kept when last saved.
+    std::unique_ptr<ItemChecker> m_checker;
+    QString m_sourceLanguageNumber, m_destinationName, m_destinationFont;
+    QHash<QString, QString> m_storedSource, m_keptSource; // by field
+    Findings m_findings;
     // What the boxes show, so that a refused change can go back to it.
     QString m_shownNumber, m_shownSource, m_shownDestination;
 };

@@ -171,6 +171,7 @@ void EditorForm::Source_Read()
             FillLanguageList();
             language = readLanguage(*db, name);
         }
+        m_sourceLanguageNumber = language ? language->number : QString();
         m_sourceFontError = !applyFont(Ctl::TextSource, language ? &*language : nullptr, nullptr);
         showFontError();
         setTextBoxes(Ctl::TextSource, language ? readTexts(*db, language->number) : QStringList());
@@ -250,6 +251,8 @@ void EditorForm::Destination_Read()
         m_shownItem = {};
         if (language)
             m_shownItem = {m_selection.machine, ctx.state.currentKind, itemNumber(), itemID(), name, language->number};
+        m_destinationName = name;
+        m_destinationFont = language ? language->font : QString();
         setTextBoxes(Ctl::TextDestination, language ? readTexts(*db, language->number) : QStringList());
         Definition_Read();
     } catch (const std::exception &e) {

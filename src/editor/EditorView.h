@@ -29,6 +29,7 @@ enum class Ctl {
     LabelFontError,
     LabelKeyboardLayout, // the layout to type the destination language with
     LabelTranslated,     // in the status line: "translated n of m"
+    LabelFindings,       // under the boxes: the checks' findings of the item, one a line
     MenuAlarms,
     MenuWarnings,
     MenuMaterialChange,
@@ -43,6 +44,9 @@ enum class Ctl {
     MenuNextUntranslated,
     MenuPreviousUntranslated,
     MenuGoToItem,
+    MenuNextFinding,     // Ctrl+Shift+J
+    MenuPreviousFinding, // Ctrl+Shift+K
+    MenuCopySource,      // Ctrl+B
 };
 
 // A text box's font, from a language's font specification.
@@ -70,6 +74,7 @@ class EditorView
     virtual void setVisible(Ctl c, int index, bool visible) = 0;
     virtual void setEnabled(Ctl c, int index, bool enabled) = 0; // a menu entry is available or not
     virtual void setLocked(Ctl c, int index, bool locked) = 0;   // a text box refuses typing, and looks it
+    virtual void setMarked(Ctl c, int index, bool marked) = 0;   // a text box with a finding: a marked border
     virtual bool hasFocus(Ctl c, int index) const = 0;
     virtual int cursorPosition(Ctl c, int index) const = 0;
     virtual void setCursorPosition(Ctl c, int index, int position) = 0;

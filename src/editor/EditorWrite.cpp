@@ -40,6 +40,7 @@ void EditorForm::TextDestination_Change(int index)
         // The one-line boxes show a typed "/" as the line break it stands for.
         if (index == 1 || index == 2)
             SingleLineToMultiLine(Ctl::TextDestination, index);
+        refreshFindings();
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("TextDestination_Change"), e);
     }
@@ -58,8 +59,11 @@ void EditorForm::TextDestination_LostFocus(int index)
             m_dirty = false;
             m_pendingFocus = 0;
         }
-        if (result == 1)
+        if (result == 1) {
             InitHTML_Write();
+            // After the page run, whose progress texts would wipe it out.
+            setStatus(QStringLiteral("Stored: ") + pendingWhat());
+        }
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("TextDestination_LostFocus"), e);
     }
@@ -171,6 +175,11 @@ void EditorForm::keepTranslatedFrom(const TranslatedFrom &from)
     try {
         ht::keepTranslatedFrom(ctx.state.helpTextDB, m_shownItem.kind, m_shownItem.id, m_shownItem.languageNumber,
                                from.sourceLanguage, from.sources);
+        // Saved against the source as it stands: no longer in need of review.
+        if (from.sourceLanguage == m_sourceLanguageNumber)
+            for (const KeptSource &s : from.sources)
+                m_keptSource.insert(s.field, s.text);
+        refreshFindings();
     } catch (const std::exception &e) {
         LogError(ctx, QStringLiteral("DataBase_Write: the review mark of ") + pendingWhat() +
                           QStringLiteral(" could not be kept: ") + QString::fromUtf8(e.what()));

@@ -80,8 +80,20 @@ struct DatabaseCheck::Impl {
 };
 
 DatabaseCheck::DatabaseCheck(Context &ctx, const QString &databasePath, WidthLimits limits, QStringList only)
-    : d(std::make_unique<Impl>()), m_checker(ctx, std::move(limits), std::move(only))
+    : m_ownChecker(std::make_unique<ItemChecker>(ctx, std::move(limits), std::move(only))),
+      m_checker(m_ownChecker.get())
 {
+    open(databasePath);
+}
+
+DatabaseCheck::DatabaseCheck(const QString &databasePath, ItemChecker &checker) : m_checker(&checker)
+{
+    open(databasePath);
+}
+
+void DatabaseCheck::open(const QString &databasePath)
+{
+    d = std::make_unique<Impl>();
     d->path = databasePath;
     d->db = Database::open(databasePath, Database::Mode::ReadOnly);
     for (const QVariantList &row :
@@ -165,7 +177,7 @@ void DatabaseCheck::run(const CheckLanguage &destination, const CheckLanguage &s
                 item.missing = item.missing || (sourceHas && t.destination.trimmed().isEmpty());
                 texts.push_back(std::move(t));
             }
-            item.findings = m_checker.check(texts, destination);
+            item.findings = m_checker->check(texts, destination);
             each(item);
             return true;
         });

@@ -38,6 +38,8 @@ class DatabaseCheck
   public:
     // Opens `databasePath` read-only; throws DbError when it cannot.
     DatabaseCheck(Context &ctx, const QString &databasePath, WidthLimits limits, QStringList only = {});
+    // With a checker of the caller's, whose dictionaries stay loaded between runs.
+    DatabaseCheck(const QString &databasePath, ItemChecker &checker);
     ~DatabaseCheck();
 
     const QList<CheckLanguage> &languages() const { return m_languages; }
@@ -47,13 +49,15 @@ class DatabaseCheck
     // Calls `each` for every item in scope, in machine, kind, number order.
     void run(const CheckLanguage &destination, const CheckLanguage &source, const CheckScope &scope,
              const std::function<void(const CheckedItem &)> &each);
-    QStringList takeNotes() { return m_checker.takeNotes(); }
+    QStringList takeNotes() { return m_checker->takeNotes(); }
 
   private:
+    void open(const QString &databasePath);
     struct Impl;
     std::unique_ptr<Impl> d;
     QList<CheckLanguage> m_languages;
-    ItemChecker m_checker;
+    std::unique_ptr<ItemChecker> m_ownChecker;
+    ItemChecker *m_checker;
 };
 
 } // namespace ht

@@ -70,4 +70,23 @@ QHash<MarkKey, QString> readTranslatedFrom(const QString &databasePath, const QS
     return kept;
 }
 
+QHash<QString, QString> readTranslatedFrom(const QString &databasePath, int kind, long itemId, const QString &language,
+                                           const QString &sourceLanguage)
+{
+    QHash<QString, QString> kept;
+    const QString path = reviewMarksPath(databasePath);
+    if (!QFileInfo::exists(path))
+        return kept;
+    auto db = Database::open(path, Database::Mode::ReadOnly);
+    if (!db->hasTable(QStringLiteral("TranslatedFrom")))
+        return kept;
+    for (const QVariantList &row :
+         db->query(QStringLiteral("SELECT Field, SourceText FROM TranslatedFrom WHERE Kind = ? AND ItemID = ? AND "
+                                  "Language = ? AND SourceLanguage = ?"),
+                   {kind, qlonglong(itemId), language.toLongLong(), sourceLanguage.toLongLong()})
+             .rows())
+        kept.insert(row[0].toString(), row[1].toString());
+    return kept;
+}
+
 } // namespace ht

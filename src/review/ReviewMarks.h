@@ -43,4 +43,8 @@ void keepTranslatedFrom(const QString &databasePath, int kind, long itemId, cons
 QHash<MarkKey, QString> readTranslatedFrom(const QString &databasePath, const QString &language,
                                            const QString &sourceLanguage);
 
+// The kept sources of one item's fields (field -> text); empty when none or no file.
+QHash<QString, QString> readTranslatedFrom(const QString &databasePath, int kind, long itemId, const QString &language,
+                                           const QString &sourceLanguage);
+
 } // namespace ht

@@ -66,7 +66,7 @@ class HeadlessEditorView : public EditorView
     struct Control {
         QString text;
         QStringList items;
-        bool visible = true, enabled = true, locked = false;
+        bool visible = true, enabled = true, locked = false, marked = false;
         int cursor = 0;
         BoxFont font;
     };
@@ -106,6 +106,7 @@ class HeadlessEditorView : public EditorView
     void setVisible(Ctl c, int i, bool v) override { at(c, i).visible = v; }
     void setEnabled(Ctl c, int i, bool e) override { at(c, i).enabled = e; }
     void setLocked(Ctl c, int i, bool l) override { at(c, i).locked = l; }
+    void setMarked(Ctl c, int i, bool m) override { at(c, i).marked = m; }
     bool hasFocus(Ctl c, int i) const override { return focused == Key{c, i}; }
     int cursorPosition(Ctl c, int i) const override
     {

@@ -137,6 +137,13 @@ EditorWindow::EditorWindow(Context &ctx, StartupSession &session) : m_ctx(ctx), 
     layout->addLayout(top);
 
     layout->addWidget(buildTexts(), 1);
+    // The checks' findings of the item, in plain words, while the translator types.
+    m_labelFindings = new QLabel(central);
+    m_labelFindings->setObjectName(QStringLiteral("LabelFindings"));
+    m_labelFindings->setAccessibleName(QStringLiteral("Findings"));
+    m_labelFindings->setWordWrap(true);
+    m_labelFindings->setStyleSheet(QStringLiteral("color: #8a4b00;"));
+    layout->addWidget(m_labelFindings);
     layout->addWidget(buildDefinitions());
 
     m_labelFontError = new QLabel(
@@ -321,6 +328,14 @@ void EditorWindow::buildMenus()
     addMenuAction(items, Ctl::MenuPreviousUntranslated, QStringLiteral("MenuPreviousUntranslated"),
                   QStringLiteral("&Previous untranslated"), &EditorForm::MenuPreviousUntranslated_Click,
                   QKeySequence(Qt::CTRL | Qt::Key_K));
+    addMenuAction(items, Ctl::MenuNextFinding, QStringLiteral("MenuNextFinding"), QStringLiteral("Next with &findings"),
+                  &EditorForm::MenuNextFinding_Click, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_J));
+    addMenuAction(items, Ctl::MenuPreviousFinding, QStringLiteral("MenuPreviousFinding"),
+                  QStringLiteral("Previous with f&indings"), &EditorForm::MenuPreviousFinding_Click,
+                  QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_K));
+    items->addSeparator();
+    addMenuAction(items, Ctl::MenuCopySource, QStringLiteral("MenuCopySource"), QStringLiteral("&Copy source text"),
+                  &EditorForm::MenuCopySource_Click, QKeySequence(Qt::CTRL | Qt::Key_B));
 
     QMenu *machine = menuBar()->addMenu(QStringLiteral("&Machine"));
     addMenuAction(machine, Ctl::MenuMachineSelection, QStringLiteral("MenuMachineSelection"),
@@ -470,6 +485,8 @@ QWidget *EditorWindow::widget(Ctl c, int index) const
         return m_labelKeyboard;
     case Ctl::LabelTranslated:
         return m_labelTranslated;
+    case Ctl::LabelFindings:
+        return m_labelFindings;
     default:
         return nullptr;
     }
@@ -572,6 +589,15 @@ void EditorWindow::setLocked(Ctl c, int index, bool locked)
         line->setReadOnly(locked);
     if (w)
         showReadOnly(w, locked);
+}
+
+void EditorWindow::setMarked(Ctl c, int index, bool marked)
+{
+    QWidget *w = widget(c, index);
+    if (!w || w->property("marked").toBool() == marked)
+        return; // a style sheet set again lays the box out again: not on every key
+    w->setProperty("marked", marked);
+    w->setStyleSheet(marked ? QStringLiteral("QPlainTextEdit { border: 2px solid #d08000; }") : QString());
 }
 
 bool EditorWindow::hasFocus(Ctl c, int index) const

@@ -46,6 +46,7 @@ class EditorWindow : public QMainWindow, public EditorView
     void setVisible(Ctl c, int index, bool visible) override;
     void setEnabled(Ctl c, int index, bool enabled) override;
     void setLocked(Ctl c, int index, bool locked) override;
+    void setMarked(Ctl c, int index, bool marked) override;
     bool hasFocus(Ctl c, int index) const override;
     int cursorPosition(Ctl c, int index) const override;
     void setCursorPosition(Ctl c, int index, int position) override;
@@ -86,7 +87,7 @@ class EditorWindow : public QMainWindow, public EditorView
     std::array<QLineEdit *, 5> m_textDefinition{};                       // 1..4
     std::array<QLabel *, 4> m_labelSource{}, m_labelDestination{};       // 1..3
     QLabel *m_labelItem, *m_labelDefinition, *m_labelMachine, *m_labelTestVersion, *m_labelFontError, *m_labelKeyboard,
-        *m_labelTranslated;
+        *m_labelTranslated, *m_labelFindings;
     QGroupBox *m_frameDef;
     QMap<Ctl, QAction *> m_actions;
     std::unique_ptr<QtStatusTarget> m_status;

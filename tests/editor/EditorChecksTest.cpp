@@ -1,4 +1,5 @@
-// Review marks kept by the editor's save in the companion file, and found by the checks.
+// The checks in the editor: findings while typing, copying the source, going to
+// items with findings; review marks kept by the save and found by the checks.
 #include "EditorTestSupport.h"
 
 #include "editor/EditorForm.h"
@@ -28,13 +29,21 @@ class ReviewMarks : public ::testing::Test
         view.setText(Ctl::ComboIndex, QStringLiteral("1"));
         form.ComboIndex_KeyDown(13);
     }
-    void saveResult(const QString &text)
+    void typeResult(const QString &text)
     {
         view.focused = {Ctl::TextDestination, 2};
         view.setText(Ctl::TextDestination, 2, text);
         form.TextDestination_Change(2);
+    }
+    void saveResult(const QString &text)
+    {
+        typeResult(text);
         view.focused = {Ctl::MenuExit, -1};
         form.TextDestination_LostFocus(2);
+    }
+    QString greekResult() const
+    {
+        return w.value("SELECT Result FROM AlarmText WHERE Alarm_ID = 1 AND Language = 1032");
     }
     // The review findings of the Greek alarms of the first machine.
     QStringList reviewFindings()
@@ -49,6 +58,38 @@ class ReviewMarks : public ::testing::Test
         return out;
     }
 };
+
+TEST_F(ReviewMarks, FindingsAreListedAndTheirBoxMarkedWhileTyping)
+{
+    EXPECT_EQ(view.shown(Ctl::LabelFindings), QString());
+    typeResult(QStringLiteral("Η μηχανή/σταματά"));
+    EXPECT_EQ(view.shown(Ctl::LabelFindings), QStringLiteral("Result: 0 line breaks in the source, 1 here"));
+    EXPECT_TRUE(view.at(Ctl::TextDestination, 2).marked);
+    EXPECT_FALSE(view.at(Ctl::TextDestination, 1).marked);
+    typeResult(QStringLiteral("Η μηχανή σταματά"));
+    EXPECT_EQ(view.shown(Ctl::LabelFindings), QString());
+    EXPECT_FALSE(view.at(Ctl::TextDestination, 2).marked);
+}
+
+TEST_F(ReviewMarks, CopyingTheSourceStoresItAsTypedWithACue)
+{
+    view.focused = {Ctl::TextDestination, 2};
+    form.MenuCopySource_Click();
+    EXPECT_EQ(greekResult(), QStringLiteral("Machine stops"));
+    EXPECT_EQ(view.shown(Ctl::TextDestination, 1), QStringLiteral("Αποθήκη κουτιών")); // the other box as it was
+    EXPECT_EQ(view.status.text, QStringLiteral("Stored: the Greek text of alarm 1"));
+    EXPECT_TRUE(view.shown(Ctl::LabelFindings).contains(QStringLiteral("Result: the same as the source")));
+}
+
+TEST_F(ReviewMarks, NextAndPreviousItemWithFindings)
+{
+    w.exec("UPDATE AlarmText SET Result = 'Η μηχανή σταματά.' WHERE Alarm_ID = 2 AND Language = 1032");
+    form.MenuNextFinding_Click();
+    EXPECT_EQ(view.shown(Ctl::ComboIndex), QStringLiteral("2"));
+    EXPECT_FALSE(view.shown(Ctl::LabelFindings).isEmpty());
+    form.MenuPreviousFinding_Click(); // item 1 has none: round to the last with findings
+    EXPECT_NE(view.shown(Ctl::ComboIndex), QStringLiteral("1"));
+}
 
 TEST_F(ReviewMarks, ASourceChangedAfterTheSaveNeedsReviewUntilSavedAgain)
 {

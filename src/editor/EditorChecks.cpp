@@ -1,0 +1,176 @@
+// The checks in the editor: the findings of the item shown, listed under the
+// boxes while the translator types; going to the next item with findings;
+// copying the source text into the destination.
+#include "editor/EditorForm.h"
+
+#include "common/Context.h"
+#include "common/ErrorLog.h"
+#include "database/Database.h"
+#include "editor/EditorKinds.h"
+#include "editor/LoadingGuard.h"
+#include "review/DatabaseCheck.h"
+#include "review/ItemChecker.h"
+
+namespace ht
+{
+
+ItemChecker &EditorForm::checker()
+{
+    if (!m_checker)
+        m_checker = std::make_unique<ItemChecker>(ctx, widthLimitsFromSettings(ctx));
+    return *m_checker;
+}
+
+// What the item's destination texts were last saved against, and its source as stored now.
+void EditorForm::readReviewState()
+{
+    m_storedSource.clear();
+    m_keptSource.clear();
+    if (m_shownItem.number == 0 || m_sourceLanguageNumber.isEmpty() || ctx.state.helpTextDB.isEmpty())
+        return;
+    try {
+        auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadOnly);
+        const TextQuery q = textQuery(m_shownItem.kind, m_shownItem.id, m_sourceLanguageNumber);
+        const Recordset rs = db->query(q.sql, q.params);
+        for (const QString &field : editorKind(m_shownItem.kind).textFields)
+            m_storedSource.insert(field, rs.recordCount() > 0 ? rs.text(field) : QString());
+        m_keptSource = readTranslatedFrom(ctx.state.helpTextDB, m_shownItem.kind, m_shownItem.id,
+                                          m_shownItem.languageNumber, m_sourceLanguageNumber);
+    } catch (const std::exception &e) {
+        // Without the marks the item is only not marked for review.
+        LogError(ctx, QStringLiteral("readReviewState: ") + QString::fromUtf8(e.what()));
+    }
+}
+
+void EditorForm::refreshFindings()
+{
+    try {
+        m_findings.clear();
+        const EditorKind &k = editorKind(m_shownItem.kind);
+        if (m_shownItem.number != 0 && m_destinationEditable && !m_sourceLanguageNumber.isEmpty()) {
+            std::vector<FieldTexts> fields;
+            for (qsizetype i = 0; i < k.textFields.size(); ++i) {
+                const int box = k.textBoxes[i];
+                FieldTexts t{k.textFields[i], view.text(Ctl::TextSource, box), view.text(Ctl::TextDestination, box),
+                             std::nullopt};
+                // The boxes show line breaks where the database has "/": an unchanged source is compared as shown.
+                const auto kept = m_keptSource.constFind(t.field);
+                if (kept != m_keptSource.constEnd())
+                    t.keptSource = *kept == m_storedSource.value(t.field) ? t.source : *kept;
+                fields.push_back(std::move(t));
+            }
+            m_findings = checker().check(fields, {m_shownItem.languageNumber, m_destinationName, m_destinationFont});
+            for (const QString &note : checker().takeNotes())
+                setStatus(note);
+        }
+        QStringList lines;
+        for (const Finding &f : m_findings)
+            lines << f.message;
+        view.setText(Ctl::LabelFindings, lines.join(QLatin1Char('\n')));
+        for (int box = 1; box <= 3; ++box) {
+            const qsizetype i = k.textBoxes.indexOf(box);
+            const bool marked = i >= 0 && std::any_of(m_findings.begin(), m_findings.end(),
+                                                      [&](const Finding &f) { return f.field == k.textFields[i]; });
+            view.setMarked(Ctl::TextDestination, box, marked);
+        }
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("refreshFindings"), e);
+    }
+}
+
+void EditorForm::findWithFindings(int direction)
+{
+    if (!mayReplaceInput())
+        return;
+    if (m_sourceLanguageNumber.isEmpty() || m_shownItem.languageNumber.isEmpty()) {
+        setStatus(QStringLiteral("Choose a source and a destination language first"));
+        return;
+    }
+    QList<int> numbers;
+    DatabaseCheck check(ctx.state.helpTextDB, checker());
+    const CheckLanguage *source = nullptr, *destination = nullptr;
+    for (const CheckLanguage &l : check.languages()) {
+        if (l.number == m_sourceLanguageNumber)
+            source = &l;
+        if (l.number == m_shownItem.languageNumber)
+            destination = &l;
+    }
+    if (!source || !destination)
+        return;
+    const long first = m_selection.firstItemID, count = ctx.state.maxItems[ctx.state.currentKind];
+    check.run(*destination, *source, {m_selection.machine, ctx.state.currentKind, {}}, [&](const CheckedItem &item) {
+        if (!item.findings.empty() && item.id >= first && item.id < first + count)
+            numbers << int(item.id - first + 1);
+    });
+    if (numbers.isEmpty()) {
+        setStatus(QStringLiteral("No item of this machine and kind has findings"));
+        return;
+    }
+    // Past the last one the search goes on from the other end.
+    const int current = itemNumber();
+    int target = direction > 0 ? numbers.first() : numbers.last();
+    if (direction > 0) {
+        for (int n : numbers)
+            if (n > current) {
+                target = n;
+                break;
+            }
+    } else {
+        for (auto n = numbers.crbegin(); n != numbers.crend(); ++n)
+            if (*n < current) {
+                target = *n;
+                break;
+            }
+    }
+    view.setText(Ctl::ComboIndex, QString::number(target));
+    showItem();
+}
+
+void EditorForm::MenuNextFinding_Click()
+{
+    try {
+        findWithFindings(+1);
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("MenuNextFinding_Click"), e);
+    }
+}
+
+void EditorForm::MenuPreviousFinding_Click()
+{
+    try {
+        findWithFindings(-1);
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("MenuPreviousFinding_Click"), e);
+    }
+}
+
+// The box with the focus takes its source text; with none focused, every box
+// of the kind. It is stored at once, as a typed text is when its box is left.
+void EditorForm::MenuCopySource_Click()
+{
+    try {
+        if (!m_destinationEditable || m_shownItem.number == 0)
+            return;
+        const EditorKind &k = editorKind(m_shownItem.kind);
+        QList<int> boxes;
+        for (int box : k.textBoxes)
+            if (view.hasFocus(Ctl::TextDestination, box))
+                boxes << box;
+        if (boxes.isEmpty())
+            boxes = k.textBoxes;
+        for (int box : boxes) {
+            {
+                LoadingGuard loading(*this);
+                view.setText(Ctl::TextDestination, box, view.text(Ctl::TextSource, box));
+            }
+            m_dirty = true;
+            m_pendingFocus = box;
+        }
+        TextDestination_LostFocus(boxes.last());
+        refreshFindings();
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("MenuCopySource_Click"), e);
+    }
+}
+
+} // namespace ht
