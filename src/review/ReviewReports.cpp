@@ -181,12 +181,12 @@ QString formatReport(const ProgressReport &report, const QString &format)
         "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n<title>Translation progress</title>\n"
         "<style>\nbody{font-family:Arial,Helvetica,sans-serif;margin:24px;color:#222}\n"
         "h1{font-size:22px;margin:0 0 4px}p.meta{color:#555;margin:0 0 16px}\n"
-        "table{border-collapse:collapse}th,td{border:1px solid #bbb;padding:4px 10px}\n"
+        "table{border-collapse:collapse}th,td{border:1px solid #bbb;padding:4px 10px;white-space:nowrap}\n"
         "th{background:#f0f0f0;text-align:left}td.n{text-align:right}\n"
         "tr.total td{font-weight:bold;border-top:2px solid #666}\n"
         "p.legend{color:#555;font-size:13px;max-width:60em}\n</style></head><body>\n");
     out += QStringLiteral(
-               "<h1>Translation progress</h1>\n<p class=\"meta\">Database: %1<br>Source language: %2<br>Made: %3</p>\n")
+               "<h1>Translation progress</h1>\n<p class=\"meta\">Database: %1<br>Source language: %2<br>Date: %3</p>\n")
                .arg(html(report.database), html(report.sourceLanguage),
                     html(report.made.toString(QStringLiteral("yyyy-MM-dd HH:mm"))));
     out += QStringLiteral("<table>\n<tr><th>Machine</th><th>Kind</th><th>Language</th><th>Items</th><th>Translated</th>"
@@ -204,8 +204,9 @@ QString formatReport(const ProgressReport &report, const QString &format)
             .arg(warnShade(c.withFindings), QString::number(c.withFindings), warnShade(c.needsReview),
                  QString::number(c.needsReview));
     };
+    static const char *const kindCaption[] = {"Alarms", "Warnings", "Material change"};
     for (const ProgressCell &c : report.cells)
-        out += row(c, QString(), c.machine, QLatin1String(kindWord(c.kind)), c.language);
+        out += row(c, QString(), c.machine, QLatin1String(kindCaption[std::clamp(c.kind, 1, 3) - 1]), c.language);
     out += row(total, QStringLiteral("total"), QStringLiteral("Total"), QString(), QString());
     out += QStringLiteral("</table>\n<p class=\"legend\">Items: those whose source text is filled. Translated: every "
                           "field the source fills has text. Missing: at least one such field is empty. With findings: "

@@ -142,6 +142,7 @@ EditorWindow::EditorWindow(Context &ctx, StartupSession &session) : m_ctx(ctx), 
     m_labelFindings->setObjectName(QStringLiteral("LabelFindings"));
     m_labelFindings->setAccessibleName(QStringLiteral("Findings"));
     m_labelFindings->setWordWrap(true);
+    m_labelFindings->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum); // never squeezed by the boxes
     m_labelFindings->setStyleSheet(QStringLiteral("color: #8a4b00;"));
     layout->addWidget(m_labelFindings);
     layout->addWidget(buildDefinitions());
