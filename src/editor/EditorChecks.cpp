@@ -64,8 +64,15 @@ void EditorForm::refreshFindings()
                 setStatus(note);
         }
         QStringList lines;
-        for (const Finding &f : m_findings)
+        for (const Finding &f : m_findings) {
             lines << f.message;
+            // What changed in the source, the words in brackets.
+            if (f.check == QLatin1String("review")) {
+                const auto [before, now] =
+                    markWordDifference(m_keptSource.value(f.field), m_storedSource.value(f.field));
+                lines << QStringLiteral("    source before: \"%1\"; now: \"%2\"").arg(before, now);
+            }
+        }
         view.setText(Ctl::LabelFindings, lines.join(QLatin1Char('\n')));
         for (int box = 1; box <= 3; ++box) {
             const qsizetype i = k.textBoxes.indexOf(box);
@@ -170,6 +177,32 @@ void EditorForm::MenuCopySource_Click()
         refreshFindings();
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("MenuCopySource_Click"), e);
+    }
+}
+
+void EditorForm::MenuReviewed_Click()
+{
+    try {
+        Menu_GotFocus();
+        if (m_shownItem.number == 0 || m_sourceLanguageNumber.isEmpty() || m_keptSource.isEmpty())
+            return;
+        std::vector<KeptSource> sources;
+        for (auto it = m_storedSource.constBegin(); it != m_storedSource.constEnd(); ++it)
+            sources.push_back({it.key(), it.value()});
+        try {
+            ht::keepTranslatedFrom(ctx.state.helpTextDB, m_shownItem.kind, m_shownItem.id, m_shownItem.languageNumber,
+                                   m_sourceLanguageNumber, sources);
+        } catch (const std::exception &e) {
+            LogError(ctx, QStringLiteral("MenuReviewed_Click: ") + QString::fromUtf8(e.what()));
+            setStatus(QStringLiteral("The review mark could not be cleared (the error log has the details)"));
+            return;
+        }
+        for (const KeptSource &s : sources)
+            m_keptSource.insert(s.field, s.text);
+        refreshFindings();
+        setStatus(QStringLiteral("Reviewed: ") + pendingWhat());
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("MenuReviewed_Click"), e);
     }
 }
 

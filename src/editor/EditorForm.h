@@ -101,6 +101,7 @@ class EditorForm
     void MenuNextFinding_Click();          // Ctrl+Shift+J
     void MenuPreviousFinding_Click();      // Ctrl+Shift+K
     void MenuCopySource_Click();           // Ctrl+B: the source text into the destination box, stored as typed
+    void MenuReviewed_Click();             // Ctrl+R: the item's translation fits its source as it stands now
 
     // The checks of the item shown, run again while the translator types.
     void refreshFindings();

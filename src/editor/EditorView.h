@@ -47,6 +47,7 @@ enum class Ctl {
     MenuNextFinding,     // Ctrl+Shift+J
     MenuPreviousFinding, // Ctrl+Shift+K
     MenuCopySource,      // Ctrl+B
+    MenuReviewed,        // Ctrl+R
 };
 
 // A text box's font, from a language's font specification.

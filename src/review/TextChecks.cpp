@@ -234,6 +234,39 @@ Findings checkNumbers(const FieldTexts &t)
     return out;
 }
 
+std::pair<QString, QString> markWordDifference(const QString &before, const QString &after)
+{
+    const QStringList a = before.split(QLatin1Char(' '), Qt::SkipEmptyParts),
+                      b = after.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    // The longest common word sequence; what lies outside it on either side is the difference.
+    std::vector<std::vector<int>> lcs(size_t(a.size() + 1), std::vector<int>(size_t(b.size() + 1), 0));
+    for (qsizetype i = a.size() - 1; i >= 0; --i)
+        for (qsizetype j = b.size() - 1; j >= 0; --j)
+            lcs[i][j] = a[i] == b[j] ? lcs[i + 1][j + 1] + 1 : std::max(lcs[i + 1][j], lcs[i][j + 1]);
+    QStringList markedA, markedB, runA, runB;
+    const auto flush = [](QStringList &marked, QStringList &run) {
+        if (!run.isEmpty())
+            marked << QLatin1Char('[') + run.join(QLatin1Char(' ')) + QLatin1Char(']');
+        run.clear();
+    };
+    qsizetype i = 0, j = 0;
+    while (i < a.size() || j < b.size()) {
+        if (i < a.size() && j < b.size() && a[i] == b[j]) {
+            flush(markedA, runA);
+            flush(markedB, runB);
+            markedA << a[i++];
+            markedB << b[j++];
+        } else if (j < b.size() && (i == a.size() || lcs[i][j + 1] >= lcs[i + 1][j])) {
+            runB << b[j++];
+        } else {
+            runA << a[i++];
+        }
+    }
+    flush(markedA, runA);
+    flush(markedB, runB);
+    return {markedA.join(QLatin1Char(' ')), markedB.join(QLatin1Char(' '))};
+}
+
 Findings checkReview(const FieldTexts &t)
 {
     if (!t.keptSource || *t.keptSource == t.source || blank(t.destination))

@@ -44,4 +44,8 @@ Findings checkNumbers(const FieldTexts &t);
 // The source changed since the destination was saved.
 Findings checkReview(const FieldTexts &t);
 
+// Both texts with the words the other does not have in brackets:
+// ("Machine stops", "Machine stops at once") -> ("Machine stops", "Machine stops [at once]").
+std::pair<QString, QString> markWordDifference(const QString &before, const QString &after);
+
 } // namespace ht

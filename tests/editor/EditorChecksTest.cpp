@@ -103,8 +103,23 @@ TEST_F(ReviewMarks, ASourceChangedAfterTheSaveNeedsReviewUntilSavedAgain)
     w.exec("UPDATE AlarmText SET Result = 'Machine stops at once' WHERE Alarm_ID = 1 AND Language = 1033");
     EXPECT_EQ(reviewFindings(), QStringList{QStringLiteral("1 Result")});
 
+    // The editor shows the old and the new source, the difference in brackets.
+    view.setText(Ctl::ComboIndex, QStringLiteral("1"));
+    form.ComboIndex_KeyDown(13);
+    EXPECT_TRUE(view.shown(Ctl::LabelFindings)
+                    .endsWith(QStringLiteral("source before: \"Machine stops\"; now: \"Machine stops [at once]\"")))
+        << view.shown(Ctl::LabelFindings).toStdString();
+
     saveResult(QStringLiteral("Η μηχανή σταματά αμέσως"));
     EXPECT_TRUE(reviewFindings().isEmpty());
+
+    // Marked as reviewed without a change to the text.
+    w.exec("UPDATE AlarmText SET Result = 'Machine stops at once!' WHERE Alarm_ID = 1 AND Language = 1033");
+    form.ComboIndex_KeyDown(13);
+    EXPECT_EQ(reviewFindings(), QStringList{QStringLiteral("1 Result")});
+    form.MenuReviewed_Click();
+    EXPECT_TRUE(reviewFindings().isEmpty());
+    EXPECT_EQ(greekResult(), QStringLiteral("Η μηχανή σταματά αμέσως"));
 }
 
 TEST_F(ReviewMarks, ACompanionFileThatCannotBeWrittenCostsTheMarkNotTheText)

@@ -130,3 +130,21 @@ TEST(TextChecks, Review)
     t.keptSource.reset(); // saved before marks were kept
     EXPECT_TRUE(checkReview(t).empty());
 }
+
+TEST(TextChecks, WordDifferenceOfAChangedSource)
+{
+    const struct {
+        const char *before, *after, *markedBefore, *markedAfter;
+    } cases[] = {
+        {"Machine stops", "Machine stops at once", "Machine stops", "Machine stops [at once]"},
+        {"Machine halts now", "Machine stops now", "Machine [halts] now", "Machine [stops] now"},
+        {"Check the brake", "Check", "Check [the brake]", "Check"},
+        {"", "New text", "", "[New text]"},
+        {"Same", "Same", "Same", "Same"},
+    };
+    for (const auto &c : cases) {
+        const auto [before, after] = markWordDifference(QString::fromUtf8(c.before), QString::fromUtf8(c.after));
+        EXPECT_EQ(before, QString::fromUtf8(c.markedBefore));
+        EXPECT_EQ(after, QString::fromUtf8(c.markedAfter));
+    }
+}

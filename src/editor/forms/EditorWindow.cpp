@@ -50,9 +50,12 @@ QString fromDisplay(QString text)
 
 bool isOwnShortcut(const QKeyEvent *e)
 {
+    if (e->modifiers() == (Qt::ControlModifier | Qt::ShiftModifier))
+        return e->key() == Qt::Key_J || e->key() == Qt::Key_K;
     if (e->modifiers() != Qt::ControlModifier)
         return false;
-    return e->key() == Qt::Key_J || e->key() == Qt::Key_K || e->key() == Qt::Key_G;
+    return e->key() == Qt::Key_J || e->key() == Qt::Key_K || e->key() == Qt::Key_G || e->key() == Qt::Key_B ||
+           e->key() == Qt::Key_R;
 }
 
 // A box that cannot be typed into looks it, as the platform draws read-only
@@ -337,6 +340,8 @@ void EditorWindow::buildMenus()
     items->addSeparator();
     addMenuAction(items, Ctl::MenuCopySource, QStringLiteral("MenuCopySource"), QStringLiteral("&Copy source text"),
                   &EditorForm::MenuCopySource_Click, QKeySequence(Qt::CTRL | Qt::Key_B));
+    addMenuAction(items, Ctl::MenuReviewed, QStringLiteral("MenuReviewed"), QStringLiteral("Mark as &reviewed"),
+                  &EditorForm::MenuReviewed_Click, QKeySequence(Qt::CTRL | Qt::Key_R));
 
     QMenu *machine = menuBar()->addMenu(QStringLiteral("&Machine"));
     addMenuAction(machine, Ctl::MenuMachineSelection, QStringLiteral("MenuMachineSelection"),
@@ -380,7 +385,7 @@ void EditorWindow::connectEvents()
 bool EditorWindow::eventFilter(QObject *watched, QEvent *e)
 {
     const QEvent::Type type = e->type();
-    // The boxes' own bindings of Ctrl+J, K and G give way to the menu's.
+    // The boxes' own bindings of the menu's shortcuts give way to the menu's.
     if (type == QEvent::ShortcutOverride && isOwnShortcut(static_cast<QKeyEvent *>(e)))
         return true;
     if (type == QEvent::KeyPress) {
