@@ -185,6 +185,14 @@ QStringList SpellCheck::unknownWords(const QString &text, const QString &languag
     // each by itself, "SPS-Eingang"); codes with digits and
     // words in capitals only (PLC, CPU) are names, not spelling.
     static const QRegularExpression word(QStringLiteral("\\p{L}[\\p{L}\\p{M}]*(?:['’]\\p{L}[\\p{L}\\p{M}]*)*"));
+    // A Latin word in a Greek or Cyrillic text is a name or a label of the panel ("Stop"), not its language.
+    static const QStringList otherScripts{QStringLiteral("el"), QStringLiteral("ru"), QStringLiteral("bg"),
+                                          QStringLiteral("uk")};
+    const bool skipLatin = otherScripts.contains(dictionaryName(languageNumber).left(2));
+    const auto latin = [](const QString &w) {
+        return std::all_of(w.begin(), w.end(),
+                           [](QChar c) { return c.script() == QChar::Script_Latin || !c.isLetter(); });
+    };
     QStringList unknown;
     QSet<QString> seen;
     for (auto it = word.globalMatch(text); it.hasNext();) {
@@ -193,7 +201,7 @@ QStringList SpellCheck::unknownWords(const QString &text, const QString &languag
         const qsizetype end = m.capturedEnd();
         const bool partOfCode = (m.capturedStart() > 0 && text[m.capturedStart() - 1].isDigit()) ||
                                 (end < text.size() && text[end].isDigit());
-        if (w.size() < 2 || partOfCode || w == w.toUpper() || seen.contains(w))
+        if (w.size() < 2 || partOfCode || w == w.toUpper() || seen.contains(w) || (skipLatin && latin(w)))
             continue;
         seen.insert(w);
         if (!d->knows(w))

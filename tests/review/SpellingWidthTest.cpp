@@ -37,6 +37,7 @@ TEST(Spelling, UnknownWordsPerLanguage)
         {"1033", "Check the brkae.", {QStringLiteral("brkae")}},
         {"1032", "Η αποθήκη κουτιών είναι άδεια.", {}}, // a dictionary in ISO 8859-7
         {"1032", "Η αποθίκη", {QStringLiteral("αποθίκη")}},
+        {"1032", "Πατήστε Stop.", {}}, // a Latin word in a Greek text is a name
         {"1049", "Проверьте питание 24 В.", {}},
     };
     for (const Case &c : cases)
