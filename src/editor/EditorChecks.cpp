@@ -42,7 +42,7 @@ void EditorForm::readReviewState()
     }
 }
 
-void EditorForm::refreshFindings()
+void EditorForm::refreshFindings(bool stored)
 {
     try {
         m_findings.clear();
@@ -60,6 +60,19 @@ void EditorForm::refreshFindings()
                 fields.push_back(std::move(t));
             }
             m_findings = checker().check(fields, {m_shownItem.languageNumber, m_destinationName, m_destinationFont});
+            if (stored || !m_dirty) { // the item list's line tells what is stored
+                bool hasSource = false, missing = false;
+                QString start;
+                for (const FieldTexts &t : fields) {
+                    const bool filled = !t.source.trimmed().isEmpty();
+                    hasSource = hasSource || filled;
+                    missing = missing || (filled && t.destination.trimmed().isEmpty());
+                    if (start.isEmpty())
+                        start = t.source.trimmed();
+                }
+                view.setItemListLine(m_shownItem.number,
+                                     itemListLine(m_shownItem.number, start, m_findings, missing, hasSource));
+            }
             for (const QString &note : checker().takeNotes())
                 setStatus(note);
         }
@@ -82,6 +95,74 @@ void EditorForm::refreshFindings()
         }
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("refreshFindings"), e);
+    }
+}
+
+// "12  ✓  Carton magazine": number, state mark, the first words of the source.
+QString EditorForm::itemListLine(int number, const QString &source, const Findings &findings, bool missing,
+                                 bool hasSource) const
+{
+    const bool review = std::any_of(findings.begin(), findings.end(),
+                                    [](const Finding &f) { return f.check == QLatin1String("review"); });
+    const QChar mark = !hasSource          ? QChar(u' ')
+                       : missing           ? QChar(u'○')
+                       : review            ? QChar(u'↻')
+                       : !findings.empty() ? QChar(u'!')
+                                           : QChar(u'✓');
+    QStringList words =
+        QString(source).replace(QLatin1Char('/'), QLatin1Char(' ')).simplified().split(QLatin1Char(' '));
+    const QString start =
+        words.mid(0, 6).join(QLatin1Char(' ')) + (words.size() > 6 ? QStringLiteral(" …") : QString());
+    return QStringLiteral("%1  %2  %3").arg(number, 4).arg(mark).arg(start).trimmed();
+}
+
+// Filled when the machine, kind or a language changed; moving between items only selects a line.
+void EditorForm::refreshItemList(bool force)
+{
+    const long count = ctx.state.maxItems[ctx.state.currentKind];
+    const QString key = QStringList{m_selection.machine, QString::number(ctx.state.currentKind), m_sourceLanguageNumber,
+                                    m_shownItem.languageNumber, QString::number(count)}
+                            .join(QLatin1Char('\n'));
+    if (force || key != m_itemListKey) {
+        m_itemListKey = key;
+        QStringList lines;
+        for (long n = 1; n <= count; ++n)
+            lines << QString::number(n).rightJustified(4);
+        if (!m_sourceLanguageNumber.isEmpty() && !m_shownItem.languageNumber.isEmpty() && count > 0) {
+            DatabaseCheck check(ctx.state.helpTextDB, checker());
+            const CheckLanguage *source = nullptr, *destination = nullptr;
+            for (const CheckLanguage &l : check.languages()) {
+                if (l.number == m_sourceLanguageNumber)
+                    source = &l;
+                if (l.number == m_shownItem.languageNumber)
+                    destination = &l;
+            }
+            const long first = m_selection.firstItemID;
+            if (source && destination)
+                check.run(*destination, *source, {m_selection.machine, ctx.state.currentKind, {}},
+                          [&](const CheckedItem &item) {
+                              const long n = item.id - first + 1;
+                              if (n >= 1 && n <= count)
+                                  lines[n - 1] = itemListLine(int(n), item.sourceStart, item.findings, item.missing,
+                                                              item.hasSource);
+                          });
+        }
+        view.setItemList(lines);
+    }
+    view.selectItemListLine(itemNumber());
+}
+
+void EditorForm::ItemList_Click(int number)
+{
+    try {
+        if (number == itemNumber() || number < 1)
+            return;
+        if (!mayReplaceInput())
+            return view.selectItemListLine(itemNumber());
+        view.setText(Ctl::ComboIndex, QString::number(number));
+        showItem();
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("ItemList_Click"), e);
     }
 }
 

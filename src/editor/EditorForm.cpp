@@ -397,6 +397,7 @@ void EditorForm::showItem()
     m_shownSource = view.text(Ctl::ComboLanguageSource);
     m_shownDestination = view.text(Ctl::ComboLanguageDestination);
     readReviewState();
+    refreshItemList(false);
     refreshFindings();
     refreshStatus();
 }

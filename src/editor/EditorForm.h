@@ -104,7 +104,9 @@ class EditorForm
     void MenuReviewed_Click();             // Ctrl+R: the item's translation fits its source as it stands now
 
     // The checks of the item shown, run again while the translator types.
-    void refreshFindings();
+    // stored: the boxes hold what was just stored, and the item list's line follows.
+    void refreshFindings(bool stored = false);
+    void ItemList_Click(int number); // a line of the item list: show that item
     const Findings &findings() const { return m_findings; }
     // Reading an item
     void Source_Read();
@@ -163,6 +165,9 @@ class EditorForm
     QList<int> untranslatedNumbers();
     void refreshStatus();
     void readReviewState();
+    void refreshItemList(bool force);
+    QString itemListLine(int number, const QString &source, const Findings &findings, bool missing,
+                         bool hasSource) const;
     void findWithFindings(int direction);
     ItemChecker &checker();
     void setStatus(const QString &text); // a passing hint in the status line
@@ -191,6 +196,7 @@ class EditorForm
     QString m_sourceLanguageNumber, m_destinationName, m_destinationFont;
     QHash<QString, QString> m_storedSource, m_keptSource; // by field
     Findings m_findings;
+    QString m_itemListKey; // the machine, kind and languages the item list was filled for
     // What the boxes show, so that a refused change can go back to it.
     QString m_shownNumber, m_shownSource, m_shownDestination;
 };

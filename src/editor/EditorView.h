@@ -76,6 +76,10 @@ class EditorView
     virtual void setEnabled(Ctl c, int index, bool enabled) = 0; // a menu entry is available or not
     virtual void setLocked(Ctl c, int index, bool locked) = 0;   // a text box refuses typing, and looks it
     virtual void setMarked(Ctl c, int index, bool marked) = 0;   // a text box with a finding: a marked border
+    // The item list beside the boxes: line n - 1 is item n; the line of the item shown is selected.
+    virtual void setItemList(const QStringList &lines) = 0;
+    virtual void setItemListLine(int number, const QString &line) = 0;
+    virtual void selectItemListLine(int number) = 0; // 0: none
     virtual bool hasFocus(Ctl c, int index) const = 0;
     virtual int cursorPosition(Ctl c, int index) const = 0;
     virtual void setCursorPosition(Ctl c, int index, int position) = 0;

@@ -145,6 +145,7 @@ void EditorForm::DataBase_Write(int &result)
         transaction.commit();
         result = 1;
         keepTranslatedFrom(from);
+        refreshFindings(true); // the item list's line tells what is stored now
     } catch (const std::exception &e) {
         reportWriteFailure(QStringLiteral("DataBase_Write"), e, adding);
     }
@@ -179,7 +180,6 @@ void EditorForm::keepTranslatedFrom(const TranslatedFrom &from)
         if (from.sourceLanguage == m_sourceLanguageNumber)
             for (const KeptSource &s : from.sources)
                 m_keptSource.insert(s.field, s.text);
-        refreshFindings();
     } catch (const std::exception &e) {
         LogError(ctx, QStringLiteral("DataBase_Write: the review mark of ") + pendingWhat() +
                           QStringLiteral(" could not be kept: ") + QString::fromUtf8(e.what()));

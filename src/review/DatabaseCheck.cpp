@@ -173,6 +173,8 @@ void DatabaseCheck::run(const CheckLanguage &destination, const CheckLanguage &s
                 if (mark != kept.constEnd())
                     t.keptSource = *mark;
                 const bool sourceHas = !t.source.trimmed().isEmpty();
+                if (sourceHas && item.sourceStart.isEmpty())
+                    item.sourceStart = t.source.left(120);
                 item.hasSource = item.hasSource || sourceHas;
                 item.missing = item.missing || (sourceHas && t.destination.trimmed().isEmpty());
                 texts.push_back(std::move(t));

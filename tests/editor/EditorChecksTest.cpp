@@ -71,6 +71,20 @@ TEST_F(ReviewMarks, FindingsAreListedAndTheirBoxMarkedWhileTyping)
     EXPECT_FALSE(view.at(Ctl::TextDestination, 2).marked);
 }
 
+TEST_F(ReviewMarks, TheItemListMarksEachItemAndFollowsSavesAndClicks)
+{
+    ASSERT_EQ(view.itemList.size(), 256); // every alarm of the machine
+    EXPECT_EQ(view.itemList[0], QStringLiteral("1  ✓  Carton magazine"));
+    EXPECT_EQ(view.itemList[1], QStringLiteral("2  ○  Main drive Brake"));
+    EXPECT_EQ(view.selectedLine, 1);
+    saveResult(QStringLiteral("Η μηχανή σταματά!"));
+    EXPECT_EQ(view.itemList[0], QStringLiteral("1  !  Carton magazine"));
+    form.ItemList_Click(2);
+    EXPECT_EQ(view.shown(Ctl::ComboIndex), QStringLiteral("2"));
+    EXPECT_EQ(view.shown(Ctl::TextSource, 2), QStringLiteral("Emergency stop"));
+    EXPECT_EQ(view.selectedLine, 2);
+}
+
 TEST_F(ReviewMarks, CopyingTheSourceStoresItAsTypedWithACue)
 {
     view.focused = {Ctl::TextDestination, 2};

@@ -107,6 +107,15 @@ class HeadlessEditorView : public EditorView
     void setEnabled(Ctl c, int i, bool e) override { at(c, i).enabled = e; }
     void setLocked(Ctl c, int i, bool l) override { at(c, i).locked = l; }
     void setMarked(Ctl c, int i, bool m) override { at(c, i).marked = m; }
+    QStringList itemList;
+    int selectedLine = 0;
+    void setItemList(const QStringList &lines) override { itemList = lines; }
+    void setItemListLine(int number, const QString &line) override
+    {
+        if (number >= 1 && number <= itemList.size())
+            itemList[number - 1] = line;
+    }
+    void selectItemListLine(int number) override { selectedLine = number; }
     bool hasFocus(Ctl c, int i) const override { return focused == Key{c, i}; }
     int cursorPosition(Ctl c, int i) const override
     {

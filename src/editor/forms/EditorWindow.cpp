@@ -16,8 +16,10 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTextBlock>
 #include <QVBoxLayout>
@@ -139,7 +141,18 @@ EditorWindow::EditorWindow(Context &ctx, StartupSession &session) : m_ctx(ctx), 
     top->addWidget(m_labelMachine);
     layout->addLayout(top);
 
-    layout->addWidget(buildTexts(), 1);
+    // The item list beside the boxes, as translation editors have one; Items > Show item list hides it.
+    auto *split = new QSplitter(Qt::Horizontal, central);
+    m_itemList = new QListWidget(split);
+    m_itemList->setObjectName(QStringLiteral("ItemList"));
+    m_itemList->setAccessibleName(QStringLiteral("Items"));
+    m_itemList->setUniformItemSizes(true); // a thousand lines fill at once
+    m_itemList->setToolTip(QStringLiteral("✓ translated   ○ missing   ! with findings   ↻ needs review"));
+    split->addWidget(m_itemList);
+    split->addWidget(buildTexts());
+    split->setStretchFactor(1, 1);
+    split->setSizes({220, 780});
+    layout->addWidget(split, 1);
     // The checks' findings of the item, in plain words, while the translator types.
     m_labelFindings = new QLabel(central);
     m_labelFindings->setObjectName(QStringLiteral("LabelFindings"));
@@ -340,6 +353,11 @@ void EditorWindow::buildMenus()
     items->addSeparator();
     addMenuAction(items, Ctl::MenuCopySource, QStringLiteral("MenuCopySource"), QStringLiteral("&Copy source text"),
                   &EditorForm::MenuCopySource_Click, QKeySequence(Qt::CTRL | Qt::Key_B));
+    QAction *showList = items->addAction(QStringLiteral("Show item &list"));
+    showList->setObjectName(QStringLiteral("MenuShowItemList"));
+    showList->setCheckable(true);
+    showList->setChecked(true);
+    connect(showList, &QAction::toggled, m_itemList, &QWidget::setVisible);
     addMenuAction(items, Ctl::MenuReviewed, QStringLiteral("MenuReviewed"), QStringLiteral("Mark as &reviewed"),
                   &EditorForm::MenuReviewed_Click, QKeySequence(Qt::CTRL | Qt::Key_R));
 
@@ -364,6 +382,7 @@ void EditorWindow::buildMenus()
 void EditorWindow::connectEvents()
 {
     connect(m_index, &QComboBox::activated, this, [this] { m_logic.ComboIndex_Click(); });
+    connect(m_itemList, &QListWidget::currentRowChanged, this, [this](int row) { m_logic.ItemList_Click(row + 1); });
     connect(m_index->lineEdit(), &QLineEdit::textEdited, this, [this] { m_logic.ComboIndex_KeyDown(0); });
     connect(m_source, &QComboBox::activated, this, [this] { m_logic.ComboLanguageSource_Click(); });
     connect(m_destination, &QComboBox::activated, this, [this] { m_logic.ComboLanguageDestination_Click(); });
@@ -595,6 +614,27 @@ void EditorWindow::setLocked(Ctl c, int index, bool locked)
         line->setReadOnly(locked);
     if (w)
         showReadOnly(w, locked);
+}
+
+void EditorWindow::setItemList(const QStringList &lines)
+{
+    const QSignalBlocker quiet(m_itemList);
+    m_itemList->clear();
+    m_itemList->addItems(lines);
+}
+
+void EditorWindow::setItemListLine(int number, const QString &line)
+{
+    if (QListWidgetItem *item = m_itemList->item(number - 1))
+        item->setText(line);
+}
+
+void EditorWindow::selectItemListLine(int number)
+{
+    const QSignalBlocker quiet(m_itemList);
+    m_itemList->setCurrentRow(number - 1);
+    if (QListWidgetItem *item = m_itemList->currentItem())
+        m_itemList->scrollToItem(item);
 }
 
 void EditorWindow::setMarked(Ctl c, int index, bool marked)
