@@ -21,19 +21,14 @@ ItemChecker &EditorForm::checker()
     return *m_checker;
 }
 
-// What the item's destination texts were last saved against, and its source as stored now.
+// What the item's destination texts were last saved against (its source as
+// stored now was read with the source texts).
 void EditorForm::readReviewState()
 {
-    m_storedSource.clear();
     m_keptSource.clear();
     if (m_shownItem.number == 0 || m_sourceLanguageNumber.isEmpty() || ctx.state.helpTextDB.isEmpty())
         return;
     try {
-        auto db = Database::open(ctx.state.helpTextDB, Database::Mode::ReadOnly);
-        const TextQuery q = textQuery(m_shownItem.kind, m_shownItem.id, m_sourceLanguageNumber);
-        const Recordset rs = db->query(q.sql, q.params);
-        for (const QString &field : editorKind(m_shownItem.kind).textFields)
-            m_storedSource.insert(field, rs.recordCount() > 0 ? rs.text(field) : QString());
         m_keptSource = readTranslatedFrom(ctx.state.helpTextDB, m_shownItem.kind, m_shownItem.id,
                                           m_shownItem.languageNumber, m_sourceLanguageNumber);
     } catch (const std::exception &e) {

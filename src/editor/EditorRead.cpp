@@ -174,7 +174,12 @@ void EditorForm::Source_Read()
         m_sourceLanguageNumber = language ? language->number : QString();
         m_sourceFontError = !applyFont(Ctl::TextSource, language ? &*language : nullptr, nullptr);
         showFontError();
-        setTextBoxes(Ctl::TextSource, language ? readTexts(*db, language->number) : QStringList());
+        const QStringList texts = language ? readTexts(*db, language->number) : QStringList();
+        // As stored, for the review marks: what a translation was saved against.
+        m_storedSource.clear();
+        for (qsizetype i = 0; i < kind().textFields.size(); ++i)
+            m_storedSource.insert(kind().textFields[i], texts.value(i));
+        setTextBoxes(Ctl::TextSource, texts);
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("Source_Read"), e);
     }
