@@ -123,6 +123,30 @@ QStringList DatabaseCheck::machines() const
     return out;
 }
 
+DatabaseCheck::ItemTexts DatabaseCheck::itemTexts(const QString &machine, int kind, long number,
+                                                  const CheckLanguage &language)
+{
+    ItemTexts item;
+    for (const KindTables &k : kindTables()) {
+        if (k.kind != kind)
+            continue;
+        const Recordset def = d->db->query(
+            QStringLiteral("SELECT %1 FROM %2 WHERE MachineType = ? COLLATE NOCASE AND %3 = ? AND MachineType <> '0'")
+                .arg(QLatin1String(k.id), QLatin1String(k.definition), QLatin1String(k.number)),
+            {machine, qlonglong(number)});
+        if (def.recordCount() == 0)
+            return item;
+        item.id = long(def.value(QLatin1String(k.id)).toLongLong());
+        const Recordset texts =
+            d->db->query(QStringLiteral("SELECT %1 FROM %2 WHERE %3 = ? AND Language = ?")
+                             .arg(k.fields.join(QStringLiteral(", ")), QLatin1String(k.text), QLatin1String(k.textId)),
+                         {qlonglong(item.id), language.number.toLongLong()});
+        for (const QString &field : k.fields)
+            item.texts.push_back({field, texts.recordCount() > 0 ? texts.text(field) : QString()});
+    }
+    return item;
+}
+
 void DatabaseCheck::run(const CheckLanguage &destination, const CheckLanguage &source, const CheckScope &scope,
                         const std::function<void(const CheckedItem &)> &each)
 {

@@ -3,6 +3,7 @@
 // kind (or those asked for), one destination language against a source.
 
 #include "review/ItemChecker.h"
+#include "review/ReviewMarks.h"
 
 #include <QList>
 #include <functional>
@@ -51,6 +52,14 @@ class DatabaseCheck
     void run(const CheckLanguage &destination, const CheckLanguage &source, const CheckScope &scope,
              const std::function<void(const CheckedItem &)> &each);
     QStringList takeNotes() { return m_checker->takeNotes(); }
+
+    // Item `number` of machine and kind: its database ID and its texts in `language`
+    // by field; an ID of 0 when the machine has no such item.
+    struct ItemTexts {
+        long id = 0;
+        std::vector<KeptSource> texts;
+    };
+    ItemTexts itemTexts(const QString &machine, int kind, long number, const CheckLanguage &language);
 
   private:
     void open(const QString &databasePath);

@@ -2,6 +2,7 @@
 
 #include "common/Context.h"
 #include "database/Database.h"
+#include "review/ReviewMarks.h"
 #include "review/ReviewReports.h"
 
 #include <QFileInfo>
@@ -196,6 +197,42 @@ int runReport(Context &ctx, const CommandArgs &args)
     return kCommandDone;
 }
 
+int runReviewed(Context &ctx, const CommandArgs &args)
+{
+    for (const char *required : {"database", "language", "machine", "kind", "item"})
+        if (!args.has(QLatin1String(required)))
+            return usage(QStringLiteral("reviewed: --%1 is missing").arg(QLatin1String(required)));
+    const int kind = kindNumber(args.value(QStringLiteral("kind")));
+    if (kind == 0)
+        return usage(QStringLiteral("reviewed: --kind is alarms, warnings or materialchange"));
+    bool ok = false;
+    const long number = args.value(QStringLiteral("item")).toLong(&ok);
+    if (!ok || number < 1)
+        return usage(QStringLiteral("reviewed: --item takes an item number, from 1"));
+    const QString database = args.value(QStringLiteral("database"));
+    QString why;
+    auto check = openCheck(ctx, database, {QStringLiteral("review")}, why);
+    if (!check)
+        return usage(why);
+    const CheckLanguage *destination = check->language(args.value(QStringLiteral("language")));
+    const CheckLanguage *source = sourceLanguage(*check, args);
+    if (!destination || !source)
+        return usage(QStringLiteral("reviewed: the database has no such language"));
+    try {
+        const DatabaseCheck::ItemTexts item =
+            check->itemTexts(args.value(QStringLiteral("machine")), kind, number, *source);
+        if (item.id == 0)
+            return usage(QStringLiteral("reviewed: machine \"%1\" has no %2 item %3")
+                             .arg(args.value(QStringLiteral("machine")), QLatin1String(kindWord(kind)))
+                             .arg(number));
+        // The translation counts as made from the source as it stands now.
+        keepTranslatedFrom(database, kind, item.id, destination->number, source->number, item.texts);
+    } catch (const DbError &e) {
+        return failed(QStringLiteral("reviewed: the mark could not be kept: ") + QString::fromUtf8(e.what()));
+    }
+    return kCommandDone;
+}
+
 } // namespace
 
 std::vector<ConsoleCommand> reviewCommands()
@@ -239,7 +276,20 @@ std::vector<ConsoleCommand> reviewCommands()
         {},
         runReport};
     report.drawsText = true;
-    return {check, report};
+    ConsoleCommand reviewed{
+        QStringLiteral("reviewed"),
+        QStringLiteral(
+            "--database DB --language NAME [--source NAME] --machine M --kind alarms|warnings|materialchange "
+            "--item N"),
+        QStringLiteral("Marks the translation of one item as reviewed against its source as it stands now, as the "
+                       "editor's Ctrl+R does: its `review` finding goes, its text stays as it is. The mark is kept in "
+                       "DB.work.sqlite.\nExit code 0 when marked, 1 when the mark could not be kept, 2 for a command "
+                       "line that cannot be run (an unknown language, machine, kind or item)."),
+        {QStringLiteral("database"), QStringLiteral("language"), QStringLiteral("source"), QStringLiteral("machine"),
+         QStringLiteral("kind"), QStringLiteral("item")},
+        {},
+        runReviewed};
+    return {check, report, reviewed};
 }
 
 } // namespace ht

@@ -68,3 +68,22 @@ TEST_F(Commands, ReportCountsEachCellAndWritesTheHtmlPage)
     EXPECT_TRUE(html.contains(db.toHtmlEscaped()));
     EXPECT_TRUE(html.contains("<tr class=\"total\"><td>Total</td>"));
 }
+
+TEST_F(Commands, ReviewedClearsTheMarkOfAChangedSource)
+{
+    const QStringList greek{"check", "--database", db, "--language", "Greek", "--only", "review"};
+    ASSERT_EQ(run({"reviewed", "--database", db, "--language", "Greek", "--machine", "CT400", "--kind", "alarms",
+                   "--item", "1"}),
+              0);
+    EXPECT_EQ(run(greek), 0);
+    Database::open(db)->exec("UPDATE AlarmText SET Result = 'Machine stops at once' WHERE Alarm_ID = 1 AND "
+                             "Language = 1033");
+    EXPECT_EQ(run(greek), 1);
+    EXPECT_EQ(run({"reviewed", "--database", db, "--language", "Greek", "--machine", "CT400", "--kind", "alarms",
+                   "--item", "1"}),
+              0);
+    EXPECT_EQ(run(greek), 0);
+    EXPECT_EQ(run({"reviewed", "--database", db, "--language", "Greek", "--machine", "CT400", "--kind", "alarms",
+                   "--item", "9999"}),
+              2);
+}
