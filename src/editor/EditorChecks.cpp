@@ -5,6 +5,7 @@
 
 #include "common/Context.h"
 #include "common/ErrorLog.h"
+#include "common/UserInterface.h"
 #include "database/Database.h"
 #include "editor/EditorKinds.h"
 #include "editor/LoadingGuard.h"
@@ -111,7 +112,8 @@ QString EditorForm::itemListLine(int number, const QString &source, const Findin
     return QStringLiteral("%1  %2  %3").arg(number, 4).arg(mark).arg(start).trimmed();
 }
 
-// Filled when the machine, kind or a language changed; moving between items only selects a line.
+// Filled when the machine, kind or a language changed, or a search asked;
+// moving between items only selects a line.
 void EditorForm::refreshItemList(bool force)
 {
     const long count = ctx.state.maxItems[ctx.state.currentKind];
@@ -119,10 +121,14 @@ void EditorForm::refreshItemList(bool force)
                                     m_shownItem.languageNumber, QString::number(count)}
                             .join(QLatin1Char('\n'));
     if (force || key != m_itemListKey) {
+        if (key != m_itemListKey)
+            m_itemListFilter.clear(); // a search of another machine, kind or language pair is over
         m_itemListKey = key;
         QStringList lines;
+        QList<int> numbers;
+        QList<bool> found(count, m_itemListFilter.isEmpty());
         for (long n = 1; n <= count; ++n)
-            lines << QString::number(n).rightJustified(4);
+            lines << QString::number(n);
         if (!m_sourceLanguageNumber.isEmpty() && !m_shownItem.languageNumber.isEmpty() && count > 0) {
             DatabaseCheck check(ctx.state.helpTextDB, checker());
             const CheckLanguage *source = nullptr, *destination = nullptr;
@@ -137,14 +143,46 @@ void EditorForm::refreshItemList(bool force)
                 check.run(*destination, *source, {m_selection.machine, ctx.state.currentKind, {}},
                           [&](const CheckedItem &item) {
                               const long n = item.id - first + 1;
-                              if (n >= 1 && n <= count)
-                                  lines[n - 1] = itemListLine(int(n), item.sourceStart, item.findings, item.missing,
-                                                              item.hasSource);
+                              if (n < 1 || n > count)
+                                  return;
+                              lines[n - 1] =
+                                  itemListLine(int(n), item.sourceStart, item.findings, item.missing, item.hasSource);
+                              for (const FieldTexts &t : item.texts)
+                                  found[n - 1] = found[n - 1] ||
+                                                 t.source.contains(m_itemListFilter, Qt::CaseInsensitive) ||
+                                                 t.destination.contains(m_itemListFilter, Qt::CaseInsensitive);
                           });
         }
-        view.setItemList(lines);
+        QStringList shown;
+        for (long n = 1; n <= count; ++n)
+            if (found[n - 1]) {
+                numbers << int(n);
+                shown << lines[n - 1];
+            }
+        view.setItemList(numbers, shown);
     }
     view.selectItemListLine(itemNumber());
+}
+
+void EditorForm::MenuFind_Click()
+{
+    try {
+        Menu_GotFocus();
+        if (!ctx.ui || m_shownItem.languageNumber.isEmpty())
+            return;
+        const std::optional<QString> typed = ctx.ui->inputBox(
+            QStringLiteral(
+                "Find in the source and destination texts of this machine and kind (empty: list every item):"),
+            QStringLiteral("Find"), m_itemListFilter);
+        if (!typed)
+            return;
+        m_itemListFilter = typed->trimmed();
+        refreshItemList(true);
+        if (!m_itemListFilter.isEmpty())
+            setStatus(QStringLiteral("The item list shows the items that hold \"%1\"").arg(m_itemListFilter));
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("MenuFind_Click"), e);
+    }
 }
 
 void EditorForm::ItemList_Click(int number)

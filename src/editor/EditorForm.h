@@ -102,6 +102,7 @@ class EditorForm
     void MenuPreviousFinding_Click();      // Ctrl+Shift+K
     void MenuCopySource_Click();           // Ctrl+B: the source text into the destination box, stored as typed
     void MenuReviewed_Click();             // Ctrl+R: the item's translation fits its source as it stands now
+    void MenuFind_Click();                 // Ctrl+F: the item list shows the items whose texts hold a word
 
     // The checks of the item shown, run again while the translator types.
     // stored: the boxes hold what was just stored, and the item list's line follows.
@@ -196,7 +197,8 @@ class EditorForm
     QString m_sourceLanguageNumber, m_destinationName, m_destinationFont;
     QHash<QString, QString> m_storedSource, m_keptSource; // by field
     Findings m_findings;
-    QString m_itemListKey; // the machine, kind and languages the item list was filled for
+    QString m_itemListKey;    // the machine, kind and languages the item list was filled for
+    QString m_itemListFilter; // what the last search looked for: "" lists every item
     // What the boxes show, so that a refused change can go back to it.
     QString m_shownNumber, m_shownSource, m_shownDestination;
 };

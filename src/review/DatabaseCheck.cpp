@@ -204,6 +204,7 @@ void DatabaseCheck::run(const CheckLanguage &destination, const CheckLanguage &s
                 texts.push_back(std::move(t));
             }
             item.findings = m_checker->check(texts, destination);
+            item.texts = std::move(texts);
             each(item);
             return true;
         });

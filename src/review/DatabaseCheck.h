@@ -28,6 +28,7 @@ struct CheckedItem {
     bool hasSource = false; // the source has text to translate
     bool missing = false;   // a field the source fills is empty here
     QString sourceStart;    // the source text of its first filled field
+    std::vector<FieldTexts> texts;
     Findings findings;
     bool needsReview() const;
     bool hasOtherFindings() const; // anything but missing and review

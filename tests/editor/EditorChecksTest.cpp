@@ -85,6 +85,22 @@ TEST_F(ReviewMarks, TheItemListMarksEachItemAndFollowsSavesAndClicks)
     EXPECT_EQ(view.selectedLine, 2);
 }
 
+TEST_F(ReviewMarks, SearchListsTheItemsWhoseTextsHoldTheWord)
+{
+    w.t.ui.push(QStringLiteral("BRAKE")); // in the source of alarm 2, in any case
+    form.MenuFind_Click();
+    EXPECT_EQ(view.itemNumbers, QList<int>{2});
+    EXPECT_EQ(view.selectedLine, 0); // item 1 shown, not found
+    form.ItemList_Click(2);
+    EXPECT_EQ(view.shown(Ctl::ComboIndex), QStringLiteral("2"));
+    w.t.ui.push(QStringLiteral("κουτιών")); // in the destination of alarm 1
+    form.MenuFind_Click();
+    EXPECT_EQ(view.itemNumbers, QList<int>{1});
+    w.t.ui.push(QString()); // nothing: every item again
+    form.MenuFind_Click();
+    EXPECT_EQ(view.itemNumbers.size(), 256);
+}
+
 TEST_F(ReviewMarks, CopyingTheSourceStoresItAsTypedWithACue)
 {
     view.focused = {Ctl::TextDestination, 2};

@@ -107,15 +107,20 @@ class HeadlessEditorView : public EditorView
     void setEnabled(Ctl c, int i, bool e) override { at(c, i).enabled = e; }
     void setLocked(Ctl c, int i, bool l) override { at(c, i).locked = l; }
     void setMarked(Ctl c, int i, bool m) override { at(c, i).marked = m; }
-    QStringList itemList;
-    int selectedLine = 0;
-    void setItemList(const QStringList &lines) override { itemList = lines; }
+    QStringList itemList; // the lines shown
+    QList<int> itemNumbers;
+    int selectedLine = 0; // the item number of the line selected
+    void setItemList(const QList<int> &numbers, const QStringList &lines) override
+    {
+        itemNumbers = numbers;
+        itemList = lines;
+    }
     void setItemListLine(int number, const QString &line) override
     {
-        if (number >= 1 && number <= itemList.size())
-            itemList[number - 1] = line;
+        if (const qsizetype row = itemNumbers.indexOf(number); row >= 0)
+            itemList[row] = line;
     }
-    void selectItemListLine(int number) override { selectedLine = number; }
+    void selectItemListLine(int number) override { selectedLine = itemNumbers.contains(number) ? number : 0; }
     bool hasFocus(Ctl c, int i) const override { return focused == Key{c, i}; }
     int cursorPosition(Ctl c, int i) const override
     {

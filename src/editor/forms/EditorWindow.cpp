@@ -57,7 +57,7 @@ bool isOwnShortcut(const QKeyEvent *e)
     if (e->modifiers() != Qt::ControlModifier)
         return false;
     return e->key() == Qt::Key_J || e->key() == Qt::Key_K || e->key() == Qt::Key_G || e->key() == Qt::Key_B ||
-           e->key() == Qt::Key_R;
+           e->key() == Qt::Key_R || e->key() == Qt::Key_F;
 }
 
 // A box that cannot be typed into looks it, as the platform draws read-only
@@ -358,6 +358,8 @@ void EditorWindow::buildMenus()
     showList->setCheckable(true);
     showList->setChecked(true);
     connect(showList, &QAction::toggled, m_itemList, &QWidget::setVisible);
+    addMenuAction(items, Ctl::MenuFind, QStringLiteral("MenuFind"), QStringLiteral("&Find..."),
+                  &EditorForm::MenuFind_Click, QKeySequence(Qt::CTRL | Qt::Key_F));
     addMenuAction(items, Ctl::MenuReviewed, QStringLiteral("MenuReviewed"), QStringLiteral("Mark as &reviewed"),
                   &EditorForm::MenuReviewed_Click, QKeySequence(Qt::CTRL | Qt::Key_R));
 
@@ -382,7 +384,10 @@ void EditorWindow::buildMenus()
 void EditorWindow::connectEvents()
 {
     connect(m_index, &QComboBox::activated, this, [this] { m_logic.ComboIndex_Click(); });
-    connect(m_itemList, &QListWidget::currentRowChanged, this, [this](int row) { m_logic.ItemList_Click(row + 1); });
+    connect(m_itemList, &QListWidget::currentItemChanged, this, [this](QListWidgetItem *item) {
+        if (item)
+            m_logic.ItemList_Click(item->data(Qt::UserRole).toInt());
+    });
     connect(m_index->lineEdit(), &QLineEdit::textEdited, this, [this] { m_logic.ComboIndex_KeyDown(0); });
     connect(m_source, &QComboBox::activated, this, [this] { m_logic.ComboLanguageSource_Click(); });
     connect(m_destination, &QComboBox::activated, this, [this] { m_logic.ComboLanguageDestination_Click(); });
@@ -616,23 +621,33 @@ void EditorWindow::setLocked(Ctl c, int index, bool locked)
         showReadOnly(w, locked);
 }
 
-void EditorWindow::setItemList(const QStringList &lines)
+void EditorWindow::setItemList(const QList<int> &numbers, const QStringList &lines)
 {
     const QSignalBlocker quiet(m_itemList);
     m_itemList->clear();
     m_itemList->addItems(lines);
+    for (int row = 0; row < m_itemList->count() && row < numbers.size(); ++row)
+        m_itemList->item(row)->setData(Qt::UserRole, numbers[row]);
+}
+
+static int itemListRow(const QListWidget *list, int number)
+{
+    for (int row = 0; row < list->count(); ++row)
+        if (list->item(row)->data(Qt::UserRole).toInt() == number)
+            return row;
+    return -1;
 }
 
 void EditorWindow::setItemListLine(int number, const QString &line)
 {
-    if (QListWidgetItem *item = m_itemList->item(number - 1))
+    if (QListWidgetItem *item = m_itemList->item(itemListRow(m_itemList, number)))
         item->setText(line);
 }
 
 void EditorWindow::selectItemListLine(int number)
 {
     const QSignalBlocker quiet(m_itemList);
-    m_itemList->setCurrentRow(number - 1);
+    m_itemList->setCurrentRow(itemListRow(m_itemList, number));
     if (QListWidgetItem *item = m_itemList->currentItem())
         m_itemList->scrollToItem(item);
 }

@@ -48,7 +48,7 @@ class EditorWindow : public QMainWindow, public EditorView
     void setEnabled(Ctl c, int index, bool enabled) override;
     void setLocked(Ctl c, int index, bool locked) override;
     void setMarked(Ctl c, int index, bool marked) override;
-    void setItemList(const QStringList &lines) override;
+    void setItemList(const QList<int> &numbers, const QStringList &lines) override;
     void setItemListLine(int number, const QString &line) override;
     void selectItemListLine(int number) override;
     bool hasFocus(Ctl c, int index) const override;
