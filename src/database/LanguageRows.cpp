@@ -10,9 +10,7 @@ namespace ht
 namespace
 {
 
-// Every definition row without a text row in the language gets one. Nothing
-// missing, nothing is inserted: an Access file, which takes no new rows yet,
-// can then still be imported into.
+// Every definition row without a text row in the language gets one.
 long addMissing(Database &db, const QString &definition, const QString &id, const QString &text, const QString &textId,
                 const QString &fields, qlonglong language)
 {

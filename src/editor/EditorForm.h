@@ -159,7 +159,7 @@ class EditorForm
     };
     TranslatedFrom translatedFrom(Database &db, const ItemAddress &item) const;
     void keepTranslatedFrom(const TranslatedFrom &from);
-    void reportWriteFailure(const QString &procedure, const std::exception &e, bool addingRow);
+    void reportWriteFailure(const QString &procedure, const std::exception &e);
     QString pendingItem() const;
     QString pendingWhat() const;
     void findUntranslated(int direction);
