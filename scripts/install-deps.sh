@@ -11,6 +11,7 @@ PACKAGES=(
   sqlite3 libsqlite3-dev
   desktop-file-utils appstream
   clang-14 libclang-rt-14-dev
+  libhunspell-dev hunspell-en-us hunspell-de-de hunspell-el hunspell-ru hunspell-fr
 )
 
 missing=()

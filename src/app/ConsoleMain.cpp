@@ -11,7 +11,9 @@
 
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <cstdio>
+#include <memory>
 
 namespace ht
 {
@@ -94,7 +96,17 @@ bool runProgramCommand(int argc, char **argv, int &exitCode)
     if (!named)
         return false;
 
-    QCoreApplication app(argc, argv);
+    // Measuring text in a font needs a GUI application; without a display it draws offscreen.
+    const auto command =
+        std::find_if(commands.begin(), commands.end(), [&](const ConsoleCommand &c) { return c.name == args[0]; });
+    std::unique_ptr<QCoreApplication> app;
+    if (command != commands.end() && command->drawsText && !args.contains(QStringLiteral("--help"))) {
+        if (!qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        app = std::make_unique<QGuiApplication>(argc, argv);
+    } else {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    }
     Context ctx;
     initProgramLocation(ctx);
     ConsoleUserInterface console;

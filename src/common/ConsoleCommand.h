@@ -39,6 +39,7 @@ struct ConsoleCommand {
     QString help;  // what it does and what each option means
     QStringList withValue, flags;
     std::function<int(Context &ctx, const CommandArgs &args)> run;
+    bool drawsText = false; // measures text in fonts: runs with a (headless) GUI application
 };
 
 // Exit codes of the commands.

@@ -2,6 +2,8 @@
 // between items, the remembered position and closing.
 #include "editor/EditorForm.h"
 
+#include "review/ItemChecker.h"
+
 #include "common/Context.h"
 #include "common/ErrorLog.h"
 #include "common/IniFile.h"
@@ -45,6 +47,8 @@ QString correctedItemNumber(const QString &text, long count)
 } // namespace
 
 EditorForm::EditorForm(Context &c, EditorView &v) : ctx(c), view(v) {}
+
+EditorForm::~EditorForm() = default;
 
 const EditorKind &EditorForm::kind() const
 {
@@ -392,6 +396,9 @@ void EditorForm::showItem()
     m_shownNumber = view.text(Ctl::ComboIndex);
     m_shownSource = view.text(Ctl::ComboLanguageSource);
     m_shownDestination = view.text(Ctl::ComboLanguageDestination);
+    readReviewState();
+    refreshItemList(false);
+    refreshFindings();
     refreshStatus();
 }
 

@@ -6,12 +6,16 @@
 // The form itself (EditorView) only shows what it is told and forwards events.
 
 #include "editor/EditorView.h"
+#include "review/ReviewMarks.h"
+#include "review/TextChecks.h"
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <QVariantList>
 #include <array>
 #include <functional>
+#include <memory>
 
 namespace ht
 {
@@ -19,6 +23,7 @@ namespace ht
 struct Context;
 class Database;
 struct EditorKind;
+class ItemChecker;
 
 // A language of the help-text database as the editor uses it.
 struct LanguageRecord {
@@ -58,6 +63,7 @@ class EditorForm
 {
   public:
     EditorForm(Context &ctx, EditorView &view);
+    ~EditorForm();
 
     // Form, lists and navigation
     void Form_Load();
@@ -92,7 +98,17 @@ class EditorForm
     void MenuNextUntranslated_Click();     // Ctrl+J
     void MenuPreviousUntranslated_Click(); // Ctrl+K
     void MenuGoToItem_Click();             // Ctrl+G
+    void MenuNextFinding_Click();          // Ctrl+Shift+J
+    void MenuPreviousFinding_Click();      // Ctrl+Shift+K
+    void MenuCopySource_Click();           // Ctrl+B: the source text into the destination box, stored as typed
+    void MenuReviewed_Click();             // Ctrl+R: the item's translation fits its source as it stands now
+    void MenuFind_Click();                 // Ctrl+F: the item list shows the items whose texts hold a word
 
+    // The checks of the item shown, run again while the translator types.
+    // stored: the boxes hold what was just stored, and the item list's line follows.
+    void refreshFindings(bool stored = false);
+    void ItemList_Click(int number); // a line of the item list: show that item
+    const Findings &findings() const { return m_findings; }
     // Reading an item
     void Source_Read();
     void Destination_Read();
@@ -137,12 +153,24 @@ class EditorForm
     QString pagePath() const;
     QString boxText(int index) const;
     void writeDefinition(Database &db, long id);
+    struct TranslatedFrom {
+        QString sourceLanguage; // "" when no source language is chosen
+        std::vector<KeptSource> sources;
+    };
+    TranslatedFrom translatedFrom(Database &db, const ItemAddress &item) const;
+    void keepTranslatedFrom(const TranslatedFrom &from);
     void reportWriteFailure(const QString &procedure, const std::exception &e);
     QString pendingItem() const;
     QString pendingWhat() const;
     void findUntranslated(int direction);
     QList<int> untranslatedNumbers();
     void refreshStatus();
+    void readReviewState();
+    void refreshItemList(bool force);
+    QString itemListLine(int number, const QString &source, const Findings &findings, bool missing,
+                         bool hasSource) const;
+    void findWithFindings(int direction);
+    ItemChecker &checker();
     void setStatus(const QString &text); // a passing hint in the status line
 
     Context &ctx;
@@ -164,6 +192,13 @@ class EditorForm
     bool m_noItemHint = false; // the status line asks for an item number
     ItemAddress m_shownItem;
     std::array<QString, 4> m_definitionRead; // Sensor, Cam, CPU, Rejects as read
+    // The checks: the destination's font and the sources as stored and as kept when last saved.
+    std::unique_ptr<ItemChecker> m_checker;
+    QString m_sourceLanguageNumber, m_destinationName, m_destinationFont;
+    QHash<QString, QString> m_storedSource, m_keptSource; // by field
+    Findings m_findings;
+    QString m_itemListKey;    // the machine, kind and languages the item list was filled for
+    QString m_itemListFilter; // what the last search looked for: "" lists every item
     // What the boxes show, so that a refused change can go back to it.
     QString m_shownNumber, m_shownSource, m_shownDestination;
 };

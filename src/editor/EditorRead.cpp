@@ -171,9 +171,15 @@ void EditorForm::Source_Read()
             FillLanguageList();
             language = readLanguage(*db, name);
         }
+        m_sourceLanguageNumber = language ? language->number : QString();
         m_sourceFontError = !applyFont(Ctl::TextSource, language ? &*language : nullptr, nullptr);
         showFontError();
-        setTextBoxes(Ctl::TextSource, language ? readTexts(*db, language->number) : QStringList());
+        const QStringList texts = language ? readTexts(*db, language->number) : QStringList();
+        // As stored, for the review marks: what a translation was saved against.
+        m_storedSource.clear();
+        for (qsizetype i = 0; i < kind().textFields.size(); ++i)
+            m_storedSource.insert(kind().textFields[i], texts.value(i));
+        setTextBoxes(Ctl::TextSource, texts);
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("Source_Read"), e);
     }
@@ -250,6 +256,8 @@ void EditorForm::Destination_Read()
         m_shownItem = {};
         if (language)
             m_shownItem = {m_selection.machine, ctx.state.currentKind, itemNumber(), itemID(), name, language->number};
+        m_destinationName = name;
+        m_destinationFont = language ? language->font : QString();
         setTextBoxes(Ctl::TextDestination, language ? readTexts(*db, language->number) : QStringList());
         Definition_Read();
     } catch (const std::exception &e) {

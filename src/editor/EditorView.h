@@ -4,6 +4,7 @@
 // own, arrays with their index (TextDestination 1..3, TextDefinition 1..4);
 // single controls take index 0.
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 
@@ -29,6 +30,7 @@ enum class Ctl {
     LabelFontError,
     LabelKeyboardLayout, // the layout to type the destination language with
     LabelTranslated,     // in the status line: "translated n of m"
+    LabelFindings,       // under the boxes: the checks' findings of the item, one a line
     MenuAlarms,
     MenuWarnings,
     MenuMaterialChange,
@@ -43,6 +45,11 @@ enum class Ctl {
     MenuNextUntranslated,
     MenuPreviousUntranslated,
     MenuGoToItem,
+    MenuNextFinding,     // Ctrl+Shift+J
+    MenuPreviousFinding, // Ctrl+Shift+K
+    MenuCopySource,      // Ctrl+B
+    MenuReviewed,        // Ctrl+R
+    MenuFind,            // Ctrl+F
 };
 
 // A text box's font, from a language's font specification.
@@ -70,6 +77,12 @@ class EditorView
     virtual void setVisible(Ctl c, int index, bool visible) = 0;
     virtual void setEnabled(Ctl c, int index, bool enabled) = 0; // a menu entry is available or not
     virtual void setLocked(Ctl c, int index, bool locked) = 0;   // a text box refuses typing, and looks it
+    virtual void setMarked(Ctl c, int index, bool marked) = 0;   // a text box with a finding: a marked border
+    // The item list beside the boxes: a line for each of `numbers` (every item,
+    // or those a search found); the line of the item shown is selected.
+    virtual void setItemList(const QList<int> &numbers, const QStringList &lines) = 0;
+    virtual void setItemListLine(int number, const QString &line) = 0; // nothing when it is not listed
+    virtual void selectItemListLine(int number) = 0;                   // none when it is not listed
     virtual bool hasFocus(Ctl c, int index) const = 0;
     virtual int cursorPosition(Ctl c, int index) const = 0;
     virtual void setCursorPosition(Ctl c, int index, int position) = 0;

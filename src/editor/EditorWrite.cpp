@@ -11,6 +11,7 @@
 #include "editor/EditorKinds.h"
 #include "editor/LoadingGuard.h"
 #include "html/HtmlWriter.h"
+#include "review/ReviewMarks.h"
 
 #include <QFileInfo>
 
@@ -39,6 +40,7 @@ void EditorForm::TextDestination_Change(int index)
         // The one-line boxes show a typed "/" as the line break it stands for.
         if (index == 1 || index == 2)
             SingleLineToMultiLine(Ctl::TextDestination, index);
+        refreshFindings();
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("TextDestination_Change"), e);
     }
@@ -57,8 +59,11 @@ void EditorForm::TextDestination_LostFocus(int index)
             m_dirty = false;
             m_pendingFocus = 0;
         }
-        if (result == 1)
+        if (result == 1) {
             InitHTML_Write();
+            // After the page run, whose progress texts would wipe it out.
+            setStatus(QStringLiteral("Stored: ") + pendingWhat());
+        }
     } catch (const std::exception &e) {
         reportUnexpected(ctx, QStringLiteral("TextDestination_LostFocus"), e);
     }
@@ -136,10 +141,48 @@ void EditorForm::DataBase_Write(int &result)
         }
         if (k.definitions)
             writeDefinition(*db, item.id);
+        const TranslatedFrom from = translatedFrom(*db, item);
         transaction.commit();
         result = 1;
+        keepTranslatedFrom(from);
+        refreshFindings(true); // the item list's line tells what is stored now
     } catch (const std::exception &e) {
         reportWriteFailure(QStringLiteral("DataBase_Write"), e);
+    }
+}
+
+// The source texts the destination was just saved against, read in the save's transaction.
+EditorForm::TranslatedFrom EditorForm::translatedFrom(Database &db, const ItemAddress &item) const
+{
+    TranslatedFrom from;
+    const Recordset language =
+        db.query(QStringLiteral("SELECT Language FROM Language WHERE Name = ?"), {view.text(Ctl::ComboLanguageSource)});
+    if (language.recordCount() == 0)
+        return from;
+    from.sourceLanguage = QString::number(language.value(QStringLiteral("Language")).toLongLong());
+    const TextQuery q = textQuery(item.kind, item.id, from.sourceLanguage);
+    const Recordset texts = db.query(q.sql, q.params);
+    for (const QString &field : editorKind(item.kind).textFields)
+        from.sources.push_back({field, texts.recordCount() > 0 ? texts.text(field) : QString()});
+    return from;
+}
+
+// Review marks are a help beside the texts: a companion file that cannot be
+// written costs the mark, never the stored text, and the error log says why.
+void EditorForm::keepTranslatedFrom(const TranslatedFrom &from)
+{
+    if (from.sourceLanguage.isEmpty() || from.sourceLanguage == m_shownItem.languageNumber)
+        return;
+    try {
+        ht::keepTranslatedFrom(ctx.state.helpTextDB, m_shownItem.kind, m_shownItem.id, m_shownItem.languageNumber,
+                               from.sourceLanguage, from.sources);
+        // Saved against the source as it stands: no longer in need of review.
+        if (from.sourceLanguage == m_sourceLanguageNumber)
+            for (const KeptSource &s : from.sources)
+                m_keptSource.insert(s.field, s.text);
+    } catch (const std::exception &e) {
+        LogError(ctx, QStringLiteral("DataBase_Write: the review mark of ") + pendingWhat() +
+                          QStringLiteral(" could not be kept: ") + QString::fromUtf8(e.what()));
     }
 }
 

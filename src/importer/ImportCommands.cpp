@@ -12,6 +12,7 @@
 #include "importer/DelMachine.h"
 #include "importer/Importer.h"
 #include "importer/NewDatabase.h"
+#include "review/ReviewCommands.h"
 
 namespace ht
 {
@@ -196,7 +197,7 @@ int runNewDatabase(Context &ctx, const CommandArgs &args)
 
 std::vector<ConsoleCommand> importerCommands()
 {
-    return {
+    std::vector<ConsoleCommand> commands{
         {QStringLiteral("import"),
          QStringLiteral("--database DB (--workbook FILE --column N | --material-change FILE --position N) --machine "
                         "NAME --language NAME [--added N] [--replace all|never] [--languages FILE]"),
@@ -274,6 +275,9 @@ std::vector<ConsoleCommand> importerCommands()
          {QStringLiteral("without-material-change")},
          runNewDatabase},
     };
+    for (ConsoleCommand &c : reviewCommands())
+        commands.push_back(std::move(c));
+    return commands;
 }
 
 } // namespace ht

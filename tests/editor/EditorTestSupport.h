@@ -66,7 +66,7 @@ class HeadlessEditorView : public EditorView
     struct Control {
         QString text;
         QStringList items;
-        bool visible = true, enabled = true, locked = false;
+        bool visible = true, enabled = true, locked = false, marked = false;
         int cursor = 0;
         BoxFont font;
     };
@@ -106,6 +106,21 @@ class HeadlessEditorView : public EditorView
     void setVisible(Ctl c, int i, bool v) override { at(c, i).visible = v; }
     void setEnabled(Ctl c, int i, bool e) override { at(c, i).enabled = e; }
     void setLocked(Ctl c, int i, bool l) override { at(c, i).locked = l; }
+    void setMarked(Ctl c, int i, bool m) override { at(c, i).marked = m; }
+    QStringList itemList; // the lines shown
+    QList<int> itemNumbers;
+    int selectedLine = 0; // the item number of the line selected
+    void setItemList(const QList<int> &numbers, const QStringList &lines) override
+    {
+        itemNumbers = numbers;
+        itemList = lines;
+    }
+    void setItemListLine(int number, const QString &line) override
+    {
+        if (const qsizetype row = itemNumbers.indexOf(number); row >= 0)
+            itemList[row] = line;
+    }
+    void selectItemListLine(int number) override { selectedLine = itemNumbers.contains(number) ? number : 0; }
     bool hasFocus(Ctl c, int i) const override { return focused == Key{c, i}; }
     int cursorPosition(Ctl c, int i) const override
     {

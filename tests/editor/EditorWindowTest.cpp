@@ -252,3 +252,35 @@ TEST_F(EditorWindowTest, EscStopsAPageRunBetweenPages)
 
 } // namespace
 } // namespace ht
+
+namespace ht
+{
+namespace
+{
+
+// The findings of the item under the boxes as the translator types, and
+// Ctrl+B, in the real window. With HELPTEXT_SCREENSHOTS set to a folder the
+// window is saved there as a picture for the README.
+TEST_F(EditorWindowTest, FindingsFollowTheTypingAndCtrlBCopiesTheSource)
+{
+    auto *findings = find<QLabel>("LabelFindings");
+    typeInto(destination(2), "Η μηχανή/σταματά");
+    typeInto(destination(3), "Η αποθήκη είναι άδεια");
+    EXPECT_EQ(findings->text(), "Result: 0 line breaks in the source, 1 here\n"
+                                "Function: 2 lines in the source, 1 here\n"
+                                "Function: the source ends with \".\", this text with no mark");
+    EXPECT_TRUE(destination(2)->property("marked").toBool());
+    EXPECT_FALSE(destination(1)->property("marked").toBool());
+    if (const QString folder = qEnvironmentVariable("HELPTEXT_SCREENSHOTS"); !folder.isEmpty()) {
+        QCoreApplication::processEvents(); // the layout makes room for the lines
+        window->grab().save(folder + "/editor-findings.png");
+    }
+
+    destination(2)->setFocus();
+    QTest::keyClick(destination(2), Qt::Key_B, Qt::ControlModifier);
+    EXPECT_EQ(greek("Result", 1), "Machine stops");
+    EXPECT_EQ(window->statusBar()->currentMessage(), "Stored: the Greek text of alarm 1");
+}
+
+} // namespace
+} // namespace ht

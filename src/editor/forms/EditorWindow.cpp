@@ -16,8 +16,10 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMenuBar>
 #include <QPlainTextEdit>
+#include <QSplitter>
 #include <QStatusBar>
 #include <QTextBlock>
 #include <QVBoxLayout>
@@ -50,9 +52,12 @@ QString fromDisplay(QString text)
 
 bool isOwnShortcut(const QKeyEvent *e)
 {
+    if (e->modifiers() == (Qt::ControlModifier | Qt::ShiftModifier))
+        return e->key() == Qt::Key_J || e->key() == Qt::Key_K;
     if (e->modifiers() != Qt::ControlModifier)
         return false;
-    return e->key() == Qt::Key_J || e->key() == Qt::Key_K || e->key() == Qt::Key_G;
+    return e->key() == Qt::Key_J || e->key() == Qt::Key_K || e->key() == Qt::Key_G || e->key() == Qt::Key_B ||
+           e->key() == Qt::Key_R || e->key() == Qt::Key_F;
 }
 
 // A box that cannot be typed into looks it, as the platform draws read-only
@@ -136,7 +141,26 @@ EditorWindow::EditorWindow(Context &ctx, StartupSession &session) : m_ctx(ctx), 
     top->addWidget(m_labelMachine);
     layout->addLayout(top);
 
-    layout->addWidget(buildTexts(), 1);
+    // The item list beside the boxes, as translation editors have one; Items > Show item list hides it.
+    auto *split = new QSplitter(Qt::Horizontal, central);
+    m_itemList = new QListWidget(split);
+    m_itemList->setObjectName(QStringLiteral("ItemList"));
+    m_itemList->setAccessibleName(QStringLiteral("Items"));
+    m_itemList->setUniformItemSizes(true); // a thousand lines fill at once
+    m_itemList->setToolTip(QStringLiteral("✓ translated   ○ missing   ! with findings   ↻ needs review"));
+    split->addWidget(m_itemList);
+    split->addWidget(buildTexts());
+    split->setStretchFactor(1, 1);
+    split->setSizes({220, 780});
+    layout->addWidget(split, 1);
+    // The checks' findings of the item, in plain words, while the translator types.
+    m_labelFindings = new QLabel(central);
+    m_labelFindings->setObjectName(QStringLiteral("LabelFindings"));
+    m_labelFindings->setAccessibleName(QStringLiteral("Findings"));
+    m_labelFindings->setWordWrap(true);
+    m_labelFindings->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Minimum); // never squeezed by the boxes
+    m_labelFindings->setStyleSheet(QStringLiteral("color: #8a4b00;"));
+    layout->addWidget(m_labelFindings);
     layout->addWidget(buildDefinitions());
 
     m_labelFontError = new QLabel(
@@ -321,6 +345,23 @@ void EditorWindow::buildMenus()
     addMenuAction(items, Ctl::MenuPreviousUntranslated, QStringLiteral("MenuPreviousUntranslated"),
                   QStringLiteral("&Previous untranslated"), &EditorForm::MenuPreviousUntranslated_Click,
                   QKeySequence(Qt::CTRL | Qt::Key_K));
+    addMenuAction(items, Ctl::MenuNextFinding, QStringLiteral("MenuNextFinding"), QStringLiteral("Next with &findings"),
+                  &EditorForm::MenuNextFinding_Click, QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_J));
+    addMenuAction(items, Ctl::MenuPreviousFinding, QStringLiteral("MenuPreviousFinding"),
+                  QStringLiteral("Previous with f&indings"), &EditorForm::MenuPreviousFinding_Click,
+                  QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_K));
+    items->addSeparator();
+    addMenuAction(items, Ctl::MenuCopySource, QStringLiteral("MenuCopySource"), QStringLiteral("&Copy source text"),
+                  &EditorForm::MenuCopySource_Click, QKeySequence(Qt::CTRL | Qt::Key_B));
+    QAction *showList = items->addAction(QStringLiteral("Show item &list"));
+    showList->setObjectName(QStringLiteral("MenuShowItemList"));
+    showList->setCheckable(true);
+    showList->setChecked(true);
+    connect(showList, &QAction::toggled, m_itemList, &QWidget::setVisible);
+    addMenuAction(items, Ctl::MenuFind, QStringLiteral("MenuFind"), QStringLiteral("&Find..."),
+                  &EditorForm::MenuFind_Click, QKeySequence(Qt::CTRL | Qt::Key_F));
+    addMenuAction(items, Ctl::MenuReviewed, QStringLiteral("MenuReviewed"), QStringLiteral("Mark as &reviewed"),
+                  &EditorForm::MenuReviewed_Click, QKeySequence(Qt::CTRL | Qt::Key_R));
 
     QMenu *machine = menuBar()->addMenu(QStringLiteral("&Machine"));
     addMenuAction(machine, Ctl::MenuMachineSelection, QStringLiteral("MenuMachineSelection"),
@@ -343,6 +384,10 @@ void EditorWindow::buildMenus()
 void EditorWindow::connectEvents()
 {
     connect(m_index, &QComboBox::activated, this, [this] { m_logic.ComboIndex_Click(); });
+    connect(m_itemList, &QListWidget::currentItemChanged, this, [this](QListWidgetItem *item) {
+        if (item)
+            m_logic.ItemList_Click(item->data(Qt::UserRole).toInt());
+    });
     connect(m_index->lineEdit(), &QLineEdit::textEdited, this, [this] { m_logic.ComboIndex_KeyDown(0); });
     connect(m_source, &QComboBox::activated, this, [this] { m_logic.ComboLanguageSource_Click(); });
     connect(m_destination, &QComboBox::activated, this, [this] { m_logic.ComboLanguageDestination_Click(); });
@@ -364,7 +409,7 @@ void EditorWindow::connectEvents()
 bool EditorWindow::eventFilter(QObject *watched, QEvent *e)
 {
     const QEvent::Type type = e->type();
-    // The boxes' own bindings of Ctrl+J, K and G give way to the menu's.
+    // The boxes' own bindings of the menu's shortcuts give way to the menu's.
     if (type == QEvent::ShortcutOverride && isOwnShortcut(static_cast<QKeyEvent *>(e)))
         return true;
     if (type == QEvent::KeyPress) {
@@ -470,6 +515,8 @@ QWidget *EditorWindow::widget(Ctl c, int index) const
         return m_labelKeyboard;
     case Ctl::LabelTranslated:
         return m_labelTranslated;
+    case Ctl::LabelFindings:
+        return m_labelFindings;
     default:
         return nullptr;
     }
@@ -572,6 +619,46 @@ void EditorWindow::setLocked(Ctl c, int index, bool locked)
         line->setReadOnly(locked);
     if (w)
         showReadOnly(w, locked);
+}
+
+void EditorWindow::setItemList(const QList<int> &numbers, const QStringList &lines)
+{
+    const QSignalBlocker quiet(m_itemList);
+    m_itemList->clear();
+    m_itemList->addItems(lines);
+    for (int row = 0; row < m_itemList->count() && row < numbers.size(); ++row)
+        m_itemList->item(row)->setData(Qt::UserRole, numbers[row]);
+}
+
+static int itemListRow(const QListWidget *list, int number)
+{
+    for (int row = 0; row < list->count(); ++row)
+        if (list->item(row)->data(Qt::UserRole).toInt() == number)
+            return row;
+    return -1;
+}
+
+void EditorWindow::setItemListLine(int number, const QString &line)
+{
+    if (QListWidgetItem *item = m_itemList->item(itemListRow(m_itemList, number)))
+        item->setText(line);
+}
+
+void EditorWindow::selectItemListLine(int number)
+{
+    const QSignalBlocker quiet(m_itemList);
+    m_itemList->setCurrentRow(itemListRow(m_itemList, number));
+    if (QListWidgetItem *item = m_itemList->currentItem())
+        m_itemList->scrollToItem(item);
+}
+
+void EditorWindow::setMarked(Ctl c, int index, bool marked)
+{
+    QWidget *w = widget(c, index);
+    if (!w || w->property("marked").toBool() == marked)
+        return; // a style sheet set again lays the box out again: not on every key
+    w->setProperty("marked", marked);
+    w->setStyleSheet(marked ? QStringLiteral("QPlainTextEdit { border: 2px solid #d08000; }") : QString());
 }
 
 bool EditorWindow::hasFocus(Ctl c, int index) const

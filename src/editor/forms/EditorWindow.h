@@ -17,6 +17,7 @@ class QComboBox;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
+class QListWidget;
 class QMenu;
 class QPlainTextEdit;
 
@@ -46,6 +47,10 @@ class EditorWindow : public QMainWindow, public EditorView
     void setVisible(Ctl c, int index, bool visible) override;
     void setEnabled(Ctl c, int index, bool enabled) override;
     void setLocked(Ctl c, int index, bool locked) override;
+    void setMarked(Ctl c, int index, bool marked) override;
+    void setItemList(const QList<int> &numbers, const QStringList &lines) override;
+    void setItemListLine(int number, const QString &line) override;
+    void selectItemListLine(int number) override;
     bool hasFocus(Ctl c, int index) const override;
     int cursorPosition(Ctl c, int index) const override;
     void setCursorPosition(Ctl c, int index, int position) override;
@@ -86,8 +91,9 @@ class EditorWindow : public QMainWindow, public EditorView
     std::array<QLineEdit *, 5> m_textDefinition{};                       // 1..4
     std::array<QLabel *, 4> m_labelSource{}, m_labelDestination{};       // 1..3
     QLabel *m_labelItem, *m_labelDefinition, *m_labelMachine, *m_labelTestVersion, *m_labelFontError, *m_labelKeyboard,
-        *m_labelTranslated;
+        *m_labelTranslated, *m_labelFindings;
     QGroupBox *m_frameDef;
+    QListWidget *m_itemList;
     QMap<Ctl, QAction *> m_actions;
     std::unique_ptr<QtStatusTarget> m_status;
     std::unique_ptr<EscapeFilter> m_escape;
