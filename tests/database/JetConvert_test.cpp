@@ -68,3 +68,57 @@ TEST(JetConvert, EmptyAndNullTextsStayApartInEveryReading)
         }
     }
 }
+
+namespace
+{
+
+// The keys of a table in the SQLite copy: "columns|unique|origin" per index, the
+// INTEGER PRIMARY KEY (a rowid alias, in no index list) as "column|1|pk".
+QStringList sqliteKeys(Database &db, const QString &table)
+{
+    QStringList keys;
+    const Recordset rowid =
+        db.query(QStringLiteral("SELECT name FROM pragma_table_info(?) WHERE pk > 0 AND type = 'INTEGER' AND "
+                                "(SELECT count(*) FROM pragma_table_info(?) WHERE pk > 0) = 1"),
+                 {table, table});
+    if (rowid.recordCount() == 1)
+        keys << rowid.value(0).toString() + QStringLiteral("|1|pk");
+    for (const QVariantList &index :
+         db.query(QStringLiteral("SELECT name, \"unique\", origin FROM pragma_index_list(?)"), {table}).rows()) {
+        QStringList columns;
+        for (const QVariantList &c :
+             db.query(QStringLiteral("SELECT name FROM pragma_index_info(?) ORDER BY seqno"), {index[0]}).rows())
+            columns << c[0].toString();
+        keys << columns.join(u',') + QLatin1Char('|') + index[1].toString() + QLatin1Char('|') + index[2].toString();
+    }
+    keys.sort();
+    return keys;
+}
+
+} // namespace
+
+TEST(JetConvert, TheCopyOfAKeyedAccessFileHasItsKeys)
+{
+    QTemporaryDir dir;
+    const QString sqlitePath = dir.filePath(QStringLiteral("converted.sqlite"));
+    convertJetToSqlite(jetTestFile(QStringLiteral("helptext_keys")), sqlitePath);
+    auto db = Database::open(sqlitePath, Database::Mode::ReadOnly);
+    // As the file was keyed in Access (tests/data/README.md); "c" is an index of its own.
+    const struct {
+        const char *table;
+        QStringList keys;
+    } expected[] = {
+        {"Language", {"Language|1|pk"}},
+        {"AlarmDefinition", {"AlarmID|1|pk", "MachineType|0|c"}},
+        {"AlarmText", {"Alarm_ID,Language|1|pk"}},
+        {"WarningDefinition", {"WarningID|1|pk"}},
+        {"WarningText", {"Warning_ID,Language|1|pk"}},
+        {"MaterialChangeDefinition", {"MaterialChangeID|1|pk"}},
+        {"MaterialChangeText", {"MaterialChange_ID,Language|1|pk"}},
+        {"Discription", {"DiscriptionID,Language|1|pk"}},
+        {"DBSys", {"Item|1|pk"}},
+    };
+    for (const auto &e : expected)
+        EXPECT_EQ(sqliteKeys(*db, QLatin1String(e.table)), e.keys) << e.table;
+    EXPECT_EQ(db->tables().size(), std::size(expected));
+}
