@@ -2,7 +2,8 @@
 // alarms, 256 warnings and 1000 material changes, ten languages with texts:
 // 7,560 text rows for the new language) and deleting it again with its
 // configuration, as the language form and the commands do; once on the database as the
-// program makes it and once on a copy with no index at all (a customer's own file).
+// program makes it, once on a copy with no index at all (a customer's own file) and
+// once on a copy made by convert-to-sqlite from an Access file of it.
 //   bench_language_create_delete [rounds]   (default 10)
 #include "common/Context.h"
 #include "common/ScriptedUserInterface.h"
@@ -46,6 +47,11 @@ int main(int argc, char **argv)
     const QString plain = dir.filePath(QStringLiteral("HelptextNoIndexes.mdb"));
     bench::makeFullDatabase(plain, 10);
     bench::dropIndexes(plain);
+    // The full database through an Access file and convert-to-sqlite, as a customer's converted file is.
+    const QString access = dir.filePath(QStringLiteral("HelptextAccess.mdb"));
+    const QString converted = dir.filePath(QStringLiteral("HelptextConverted.mdb"));
+    convertSqliteToJet(keyed, bench::sourceDir() + QStringLiteral("/tests/data/jet/empty.mdb"), access);
+    convertJetToSqlite(access, converted);
     if (CheckLanguageLookup(ctx, lookup).isEmpty()) {
         std::fprintf(stderr, "the language database was refused\n");
         return 1;
@@ -53,7 +59,8 @@ int main(int argc, char **argv)
     const std::optional<LanguageDefinition> russian = lookupLanguage(ctx, QStringLiteral("Russian"));
     std::printf("Full database (5 machines, 10 languages), 7560 text rows, %d rounds (%s build):\n", rounds,
                 HELPTEXT_BUILD_TYPE);
-    for (const auto &[label, db] : {std::pair{"with indexes", keyed}, std::pair{"no indexes", plain}}) {
+    for (const auto &[label, db] : {std::pair{"with indexes", keyed}, std::pair{"no indexes", plain},
+                                    std::pair{"converted from Access", converted}}) {
         if (CheckConnection(ctx, db).isEmpty()) {
             std::fprintf(stderr, "the database was refused\n");
             return 1;
