@@ -262,11 +262,7 @@ TEST(JetHelpText, AnAccessDatabaseItCannotWriteIsReadOnlyAndSaysWhy)
     EXPECT_TRUE(t.ui.messageTexts()[0].contains(QLatin1String("can only be read by this program: Only Access "
                                                               "2000-2003 (Jet 4) files can be changed")))
         << t.ui.messageTexts()[0].toStdString();
-    EXPECT_EQ(Database::open(jet, Database::Mode::ReadOnly)
-                  ->query(QStringLiteral("SELECT count(*) FROM AlarmDefinition"))
-                  .value(0)
-                  .toInt(),
-              1280);
+    EXPECT_EQ(Database::open(jet, Database::Mode::ReadOnly)->query(QStringLiteral("SELECT count(*) FROM AlarmDefinition")).value(0).toInt(), 1280);
     EXPECT_EQ(readFileBytes(jet), bytes);
 }
 
