@@ -24,7 +24,8 @@ if [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ]; then BATCH=1; fi
 
 if [ "$BUILD" = 1 ]; then
   scripts/install-deps.sh
-  scripts/build.sh
+  # Only what the demo needs; ./test.sh builds the tests and benchmarks.
+  scripts/build.sh helptext-editor helptext-importer helptext-mkdb helptext-mkjet helptext_templates
 fi
 
 DEMO="$ROOT/demo"

@@ -5,7 +5,7 @@
 #   scripts/fuzz.sh jet [seconds]        the Access (Jet 4) page code of the writer
 # Seconds default to 30; e.g. 3600 for a long run. Findings (crashes, leaks,
 # timeouts) are written to build/fuzz/<target>/findings and make the script
-# fail. The corpus grows in build/fuzz/<target>/corpus between runs.
+# fail; the run's statistics are in build/fuzz/<target>/last-run.log. The corpus grows in build/fuzz/<target>/corpus between runs.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 TARGET="${1:?usage: scripts/fuzz.sh workbook|jet [seconds]}"
@@ -35,5 +35,15 @@ fi
 cp -n "${SEEDS[@]}" "$OUT/corpus/" 2>/dev/null || true
 # Leaks in libgsf's one-time type registration are not the reader's.
 export ASAN_OPTIONS="detect_leaks=0"
+# The run's output and statistics go to a log; one line says how it went.
+LOG="$OUT/last-run.log"
+status=0
 "$OUT/fuzzer" "$OUT/corpus" -max_total_time="$SECONDS_TO_RUN" -max_len=1048576 -timeout=10 \
-  -rss_limit_mb=4096 -artifact_prefix="$OUT/findings/" -print_final_stats=1 2>&1 | tail -n 25
+  -rss_limit_mb=4096 -artifact_prefix="$OUT/findings/" -print_final_stats=1 >"$LOG" 2>&1 || status=$?
+runs="$(sed -n 's/^stat::number_of_executed_units: *//p' "$LOG")"
+if [ "$status" != 0 ]; then
+  tail -n 25 "$LOG"
+  echo "fuzz $TARGET: FAILED after ${runs:-?} inputs; findings in $OUT/findings, log $LOG" >&2
+  exit "$status"
+fi
+echo "fuzz $TARGET: ${runs:-?} inputs in $SECONDS_TO_RUN s, no findings (log $LOG)"

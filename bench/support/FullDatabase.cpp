@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <algorithm>
+#include <array>
 #include <vector>
 
 namespace ht::bench
@@ -27,6 +28,38 @@ QString text(int id, int language, int length)
 QString sourceDir()
 {
     return QStringLiteral(HELPTEXT_SOURCE_DIR);
+}
+
+void makeFullAccessDatabase(const QString &path, int machines)
+{
+    QFile::remove(path);
+    QFile::copy(sourceDir() + QStringLiteral("/tests/data/jet/helptext_keys.mdb"), path);
+    QFile(path).setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    auto db = Database::open(path);
+    Database::Transaction t(*db);
+    for (int language = 2000; language < 2007; ++language) {
+        db->exec(QStringLiteral("INSERT INTO Language (Language, Name, Font) VALUES (?, ?, 'Arial')"),
+                 {language, QStringLiteral("LANGUAGE %1").arg(language - 1996)});
+        for (const auto &[text, id, definition, defId, field] :
+             {std::array<const char *, 5>{"AlarmText", "Alarm_ID", "AlarmDefinition", "AlarmID", "Function"},
+              std::array<const char *, 5>{"WarningText", "Warning_ID", "WarningDefinition", "WarningID", "Function"},
+              std::array<const char *, 5>{"MaterialChangeText", "MaterialChange_ID", "MaterialChangeDefinition",
+                                          "MaterialChangeID", "Text"}})
+            db->exec(QStringLiteral("INSERT INTO %1 (%2, Language, %5) SELECT %4, ?, 'Text ' || %4 FROM %3")
+                         .arg(QLatin1String(text), QLatin1String(id), QLatin1String(definition), QLatin1String(defId),
+                              QLatin1String(field)),
+                     {language});
+    }
+    for (int m = 3; m <= machines; ++m)
+        for (const auto &[definition, id] :
+             {std::pair{"AlarmDefinition", "AlarmID"}, std::pair{"WarningDefinition", "WarningID"},
+              std::pair{"MaterialChangeDefinition", "MaterialChangeID"}}) {
+            const int block = QLatin1String(definition).startsWith(QLatin1String("Material")) ? 1000 : 256;
+            db->exec(QStringLiteral("UPDATE %1 SET MachineType = ? WHERE %2 > ? AND %2 <= ?")
+                         .arg(QLatin1String(definition), QLatin1String(id)),
+                     {QStringLiteral("Machine %1").arg(m), (m - 1) * block, m * block});
+        }
+    t.commit();
 }
 
 void makeLanguageDatabase(const QString &path)

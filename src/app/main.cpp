@@ -25,6 +25,17 @@ void chooseHeadlessPlatformIfNoDisplay()
         qputenv("QT_QPA_PLATFORM", "offscreen");
 }
 
+// Headless platforms cannot fit a window to its size hints and say so, in Qt's
+// default category, for every window shown: nothing a user could act on. Only
+// that one message is dropped; everything else goes on to Qt's handler.
+QtMessageHandler qtHandler = nullptr;
+void dropSizeHintNotice(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (type == QtWarningMsg && message == QLatin1String("This plugin does not support propagateSizeHints()"))
+        return;
+    qtHandler(type, context, message);
+}
+
 bool nobodyCanAnswer()
 {
     const QString platform = QGuiApplication::platformName();
@@ -52,6 +63,7 @@ int main(int argc, char **argv)
     if (nobodyCanAnswer()) {
         // On a headless platform a dialog would wait forever for a click.
         ctx.ui = &noAnswers;
+        qtHandler = qInstallMessageHandler(dropSizeHintNotice);
         ctx.state.unattended = true;
         ctx.state.noDisplay = true;
     } else {

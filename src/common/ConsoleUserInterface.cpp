@@ -1,5 +1,7 @@
 #include "common/ConsoleUserInterface.h"
 
+#include <QRegularExpression>
+
 namespace ht
 {
 
@@ -7,19 +9,17 @@ namespace
 {
 constexpr qint64 kProgressEveryMs = 250;
 
-// The classic messages break lines as LF CR.
-QString oneLineBreakKind(QString text)
+// One message, one line on stderr, whatever kind of line break the message
+// has (the classic ones break as LF CR): a script's log reads a line per cause.
+QString oneLine(const QString &text)
 {
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    text.replace(QLatin1String("\n\r"), QLatin1String("\n"));
-    text.remove(QLatin1Char('\r'));
-    return text;
+    return text.split(QRegularExpression(QStringLiteral("[\r\n]+")), Qt::SkipEmptyParts).join(QLatin1Char(' '));
 }
 } // namespace
 
 void ConsoleUserInterface::print(const QString &line)
 {
-    std::fprintf(m_out, "%s\n", oneLineBreakKind(line).toLocal8Bit().constData());
+    std::fprintf(m_out, "%s\n", oneLine(line).toLocal8Bit().constData());
     std::fflush(m_out);
 }
 

@@ -1,11 +1,15 @@
 #include "common/ErrorLog.h"
 
 #include "common/Context.h"
+#include "common/InstalledFiles.h"
 #include "common/Messages.h"
 #include "common/Platform.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <cstdio>
+#include <mutex>
 
 namespace ht
 {
@@ -17,8 +21,33 @@ constexpr long kFileAccessError = 75; // the classic "Path/File access error"
 
 QString errorLogPath(const Context &ctx)
 {
-    return joinPath(ctx.programDir, ctx.programName + QStringLiteral("Error.log"));
+    const QString name = ctx.programName + QStringLiteral("Error.log");
+    // The machine PC and a copy in a folder of its own keep the log beside the
+    // program; an installed copy, or one in a folder the user cannot write to,
+    // in the user's state folder.
+    if (ctx.state.runningOnMachinePC || (installedDataDir(ctx).isEmpty() && QFileInfo(ctx.programDir).isDir() &&
+                                         QFileInfo(ctx.programDir).isWritable()))
+        return joinPath(ctx.programDir, name);
+    return joinPath(userStateDir(), name);
 }
+
+namespace
+{
+// Says once per run where the log goes when it is not beside the program, and
+// makes the folder.
+void prepareLogFolder(const Context &ctx, const QString &path)
+{
+    static std::mutex mutex; // page workers log from their threads
+    static QString told;
+    const QString dir = QFileInfo(path).path();
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (dir == QDir::cleanPath(ctx.programDir) || told == path)
+        return;
+    told = path;
+    QDir().mkpath(dir);
+    std::fprintf(stderr, "%s: the error log is %s\n", qPrintable(ctx.programName), qPrintable(path));
+}
+} // namespace
 
 void LogError(Context &ctx, const QString &text)
 {
@@ -28,7 +57,9 @@ void LogError(Context &ctx, const QString &text)
 
     // Opened for appending for each entry and closed at once, so that nothing
     // is lost when the program ends abruptly afterwards.
-    QFile f(errorLogPath(ctx));
+    const QString path = errorLogPath(ctx);
+    prepareLogFolder(ctx, path);
+    QFile f(path);
     const QByteArray line = text.toUtf8() + "\r\n";
     // QFile buffers the line: a full disk shows only at the flush, or at the close.
     const bool written = f.open(QIODevice::WriteOnly | QIODevice::Append) && f.write(line) == line.size() && f.flush();

@@ -110,7 +110,7 @@ QSqlQuery Database::Impl::run(const QString &sql, const QVariantList &params)
                 q.addBindValue(p);
             ok = q.exec();
         }
-        if (ok && jetPages && transactionDepth == 0 && !jetPages->changed.isEmpty()) {
+        if (ok && jetPages && transactionDepth == 0 && jetPages->pending()) {
             // A change outside a transaction goes into the file at once.
             try {
                 writeJetChanges();
@@ -127,7 +127,8 @@ QSqlQuery Database::Impl::run(const QString &sql, const QVariantList &params)
         const QSqlError err = q.lastError();
         if (jetPages && !jetPages->refusal.isEmpty()) {
             const QString what = std::exchange(jetPages->refusal, QString());
-            fail(QStringLiteral("%1 cannot be done in an Access file yet; convert the database to SQLite for this job")
+            fail(QStringLiteral("%1 cannot be done in an Access file: this program changes its rows, never its design; "
+                                "convert the database to SQLite for this job")
                      .arg(what),
                  sql);
         }
@@ -360,7 +361,7 @@ Database::Transaction::~Transaction()
     try {
         if (m_level == 1) {
             if (m_db.d->jetPages)
-                m_db.d->jetPages->changed.clear();
+                m_db.d->jetPages->forget();
             m_db.d->run(QStringLiteral("ROLLBACK"), {});
         } else {
             m_db.d->run(QStringLiteral("ROLLBACK TO helptext_%1").arg(m_level), {});

@@ -160,7 +160,8 @@ QString quoteIdentifier(const QString &name);
 // fails; no partial file is left behind.
 void convertJetToSqlite(const QString &jetPath, const QString &sqlitePath);
 // The other way: every table of an SQLite file into a new Jet file made from an
-// empty Access-made one (tables without indexes; help texts as Memo columns).
+// empty Access-made one, with the keys and indexes the SQLite file declares (help
+// texts as Memo columns).
 void convertSqliteToJet(const QString &sqlitePath, const QString &emptyAccessFile, const QString &jetPath);
 
 } // namespace ht

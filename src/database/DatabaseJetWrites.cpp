@@ -1,4 +1,4 @@
-// Writing an Access (Jet 4) file in place: values of existing rows only.
+// Writing an Access (Jet 4) file in place: rows added, deleted and changed.
 #include "common/FileIo.h"
 #include "database/DatabaseImpl.h"
 #include "database/JetFile.h"
@@ -9,6 +9,7 @@
 #include <QSqlError>
 #include <QSqlQuery>
 #include <QSqlRecord>
+#include <algorithm>
 #include <sqlite3.h>
 
 namespace ht
@@ -22,7 +23,7 @@ bool inMainDatabase(const char *database)
     return database && qstrcmp(database, "main") == 0;
 }
 
-// SQLite asks before it prepares a statement: what a Jet file cannot take yet is refused there,
+// SQLite asks before it prepares a statement: a design change of the Jet file is refused there,
 // before anything changes, and the refusal is kept for the message.
 int authorize(void *state, int action, const char *first, const char *, const char *database, const char *)
 {
@@ -39,16 +40,10 @@ int authorize(void *state, int action, const char *first, const char *, const ch
         return SQLITE_DENY;
     }
     switch (action) {
-    case SQLITE_INSERT:
-        if (!inMainDatabase(database))
-            return SQLITE_OK;
-        w->refusal = QStringLiteral("Adding rows to table %1").arg(table);
-        return SQLITE_DENY;
     case SQLITE_DELETE:
-        if (!inMainDatabase(database))
-            return SQLITE_OK;
-        w->refusal = QStringLiteral("Deleting rows of table %1").arg(table);
-        return SQLITE_DENY;
+        // Ignoring the check, not the delete: rows then go one by one, each seen
+        // by the update hook (a whole table emptied at once would pass it by).
+        return inMainDatabase(database) ? SQLITE_IGNORE : SQLITE_OK;
     // An UPDATE is let through even when it names an indexed column: setting a
     // key to the value it has is common (an import names every key of its rows).
     // Only a real change of an indexed value is refused, when the rows are written.
@@ -70,11 +65,37 @@ int authorize(void *state, int action, const char *first, const char *, const ch
     }
 }
 
-void noteUpdate(void *state, int operation, const char *database, const char *table, sqlite3_int64 rowid)
+constexpr quint32 kAddedThisRound = 0; // no row's slot: page 0 holds the file's header
+
+// Each row change of a Jet table, kept until it is written. A row added in the
+// same round is written once, with its last values; one deleted then is never written.
+void noteUpdate(void *state, int operation, const char *database, const char *tableName, sqlite3_int64 rowid)
 {
     auto *w = static_cast<JetPages *>(state);
-    if (!w->copying && operation == SQLITE_UPDATE && inMainDatabase(database))
-        w->changed.insert({QString::fromUtf8(table), rowid});
+    if (w->copying || !inMainDatabase(database))
+        return;
+    const QPair<QString, qint64> row{QString::fromUtf8(tableName), rowid};
+    switch (operation) {
+    case SQLITE_UPDATE:
+        if (!w->inserted.contains(row))
+            w->changed.insert(row);
+        break;
+    case SQLITE_INSERT:
+        w->inserted.insert(row);
+        break;
+    case SQLITE_DELETE:
+        w->changed.remove(row);
+        // Remembered as deleted even when added in this round: a rolled-back
+        // savepoint may bring the row back, and it is then written after all.
+        if (w->inserted.remove(row)) {
+            w->deleted[row.first].insert(rowid, kAddedThisRound);
+            break;
+        }
+        if (const auto place = w->rowPlaces.value(row.first).constFind(rowid);
+            place != w->rowPlaces.value(row.first).constEnd())
+            w->deleted[row.first].insert(rowid, *place);
+        break;
+    }
 }
 
 // Our own writers' lock, beside the file (Jet's ".ldb" is another program's).
@@ -147,8 +168,9 @@ void Database::Impl::copyJetTableByPages(const QString &table)
         defs << quoteIdentifier(c->name) + QLatin1Char(' ') + jetSqlType(c->type);
         marks << QStringLiteral("?");
     }
-    // Autonumbers stay plain columns: no row is ever added here.
+    // Autonumbers stay plain columns: the file numbers added rows, and the copy takes the numbers after the write.
     jetPages->copying = true;
+    QSqlQuery(db).exec(QStringLiteral("SAVEPOINT ht_copy")); // one write of the memory copy, not one per row
     try {
         QSqlQuery create(db);
         if (!create.exec(
@@ -168,17 +190,33 @@ void Database::Impl::copyJetTableByPages(const QString &table)
                                   .toStdString());
             rowPlaces.insert(sqlite3_last_insert_rowid(handle), slot.packed());
         });
+        // The file's keys as plain indexes, so that the jobs' look-ups find rows as fast as in SQLite.
+        for (size_t i = 0; i < def.indexColumns.size(); ++i) {
+            QStringList keyColumns;
+            for (quint16 number : def.indexColumns[i])
+                for (const jet::Column *c : columns)
+                    if (c->number == number)
+                        keyColumns << quoteIdentifier(c->name);
+            if (!keyColumns.isEmpty() &&
+                !create.exec(QStringLiteral("CREATE INDEX %1 ON %2 (%3)")
+                                 .arg(quoteIdentifier(QStringLiteral("%1 key %2").arg(def.name).arg(i)),
+                                      quoteIdentifier(def.name), keyColumns.join(QStringLiteral(", ")))))
+                throw DbError(create.lastError().text().toStdString());
+        }
     } catch (...) {
+        QSqlQuery(db).exec(QStringLiteral("ROLLBACK TO ht_copy"));
+        QSqlQuery(db).exec(QStringLiteral("RELEASE ht_copy"));
         jetPages->copying = false;
         jetPages->rowPlaces.remove(def.name);
         throw;
     }
+    QSqlQuery(db).exec(QStringLiteral("RELEASE ht_copy"));
     jetPages->copying = false;
 }
 
 void Database::Impl::writeJetChanges()
 {
-    if (!jetPages || jetPages->changed.isEmpty())
+    if (!jetPages || !jetPages->pending())
         return;
     // The memory copy is the file as it was opened or last written here: compared
     // under the lock, any change since, by whatever writer, is caught.
@@ -190,30 +228,118 @@ void Database::Impl::writeJetChanges()
                                      "was written. Open it again and repeat the change.")
                           .arg(path)
                           .toStdString());
-    // Table by table: each changed row read back from the memory copy and written.
-    QHash<QString, QList<qint64>> byTable;
+    // Table by table: rows deleted by their remembered slots, then each changed or
+    // added row read back from the memory copy and written.
+    QSet<QString> tables;
+    QHash<QString, QList<qint64>> updated, added;
     for (const auto &[table, rowid] : std::as_const(jetPages->changed))
-        byTable[table] << rowid;
-    for (auto t = byTable.cbegin(); t != byTable.cend(); ++t) {
-        const QHash<qint64, quint32> &places = jetPages->rowPlaces.value(t.key());
+        updated[table] << rowid;
+    for (const auto &[table, rowid] : std::as_const(jetPages->inserted))
+        added[table] << rowid;
+    for (const QString &t : updated.keys() + added.keys() + jetPages->deleted.keys())
+        tables.insert(t);
+    QHash<QString, QHash<qint64, quint32>> places; // the tables' slots after this write
+    struct Numbered {
+        QString table;
+        qint64 rowid;
+        quint32 slot;
+    };
+    std::vector<Numbered> numbered; // added rows whose autonumber the file gives
+    for (const QString &table : std::as_const(tables)) {
+        QHash<qint64, quint32> &now = places[table] = jetPages->rowPlaces.value(table);
         QSqlQuery row(db);
-        row.prepare(QStringLiteral("SELECT * FROM %1 WHERE rowid = ?").arg(quoteIdentifier(t.key())));
-        for (qint64 rowid : t.value()) {
+        row.prepare(QStringLiteral("SELECT * FROM %1 WHERE rowid = ?").arg(quoteIdentifier(table)));
+        const auto read = [&](qint64 rowid, QVariantList &values) {
             row.addBindValue(rowid);
-            // Rows are never deleted here: one that cannot be read back is an error, never skipped.
-            if (!row.exec() || !row.next() || !places.contains(rowid))
+            if (!row.exec())
                 throw DbError(QStringLiteral("A changed row of table %1 cannot be read back; nothing was written to %2")
-                                  .arg(t.key(), path)
+                                  .arg(table, path)
                                   .toStdString());
-            QVariantList values;
+            if (!row.next())
+                return false;
+            values.clear();
             for (int i = 0; i < row.record().count(); ++i)
                 values << row.value(i);
-            editor->updateRow(t.key(), jet::RowPointer::unpack(places.value(rowid)), values);
+            return true;
+        };
+        QVariantList values;
+        const QHash<qint64, quint32> gone = jetPages->deleted.value(table);
+        QList<qint64> rowids = added.value(table), changedRows = updated.value(table);
+        std::vector<jet::RowPointer> deletes;
+        for (auto d = gone.cbegin(); d != gone.cend(); ++d) {
+            // Still there, and not as a new row under the old number: a rolled-back
+            // savepoint kept it, with the values it had before.
+            if (!jetPages->inserted.contains({table, d.key()}) && read(d.key(), values)) {
+                (d.value() == kAddedThisRound ? rowids : changedRows) << d.key();
+                continue;
+            }
+            if (d.value() == kAddedThisRound)
+                continue;
+            deletes.push_back(jet::RowPointer::unpack(d.value()));
+            now.remove(d.key());
+        }
+        editor->deleteRows(table, deletes);
+        for (qint64 rowid : std::as_const(changedRows)) {
+            if (!now.contains(rowid) || !read(rowid, values))
+                throw DbError(QStringLiteral("A changed row of table %1 cannot be read back; nothing was written to %2")
+                                  .arg(table, path)
+                                  .toStdString());
+            editor->updateRow(table, jet::RowPointer::unpack(now.value(rowid)), values);
+        }
+        std::sort(rowids.begin(), rowids.end()); // the file's rows in the order they were added
+        const std::vector<const jet::Column *> &columns = editor->columnsOf(table);
+        // Added rows have the highest rowids: read in one pass from the first of them.
+        QSqlQuery newRows(db);
+        newRows.setForwardOnly(true);
+        if (!rowids.isEmpty()) {
+            newRows.prepare(
+                QStringLiteral("SELECT rowid, * FROM %1 WHERE rowid >= ? ORDER BY rowid").arg(quoteIdentifier(table)));
+            newRows.addBindValue(rowids.first());
+            if (!newRows.exec())
+                throw DbError(
+                    QStringLiteral("The added rows of table %1 cannot be read back; nothing was written to %2")
+                        .arg(table, path)
+                        .toStdString());
+        }
+        bool more = newRows.isActive() && newRows.next();
+        for (qint64 rowid : std::as_const(rowids)) {
+            while (more && newRows.value(0).toLongLong() < rowid)
+                more = newRows.next();
+            if (!more || newRows.value(0).toLongLong() != rowid)
+                continue; // added and taken back within a rolled-back savepoint
+            values.clear();
+            for (int i = 1; i < newRows.record().count(); ++i)
+                values << newRows.value(i);
+            const quint32 slot = editor->insertRow(table, values).packed();
+            now.insert(rowid, slot);
+            for (size_t i = 0; i < columns.size() && i < size_t(values.size()); ++i)
+                if (columns[i]->autoNumber() && values[qsizetype(i)].isNull()) {
+                    numbered.push_back({table, rowid, slot});
+                    break;
+                }
         }
     }
     editor->commit();
+    // The memory copy takes the numbers the file gave.
+    jetPages->copying = true;
+    for (const Numbered &n : numbered) {
+        const std::vector<const jet::Column *> &columns = editor->columnsOf(n.table);
+        const QVariantList stored = editor->rowValues(n.table, jet::RowPointer::unpack(n.slot));
+        for (size_t i = 0; i < columns.size(); ++i)
+            if (columns[i]->autoNumber()) {
+                QSqlQuery set(db);
+                set.prepare(QStringLiteral("UPDATE %1 SET %2 = ? WHERE rowid = ?")
+                                .arg(quoteIdentifier(n.table), quoteIdentifier(columns[i]->name)));
+                set.addBindValue(stored[qsizetype(i)]);
+                set.addBindValue(n.rowid);
+                set.exec();
+            }
+    }
+    jetPages->copying = false;
+    for (auto p = places.cbegin(); p != places.cend(); ++p)
+        jetPages->rowPlaces[p.key()] = p.value();
     jetPages->file = std::move(editor);
-    jetPages->changed.clear();
+    jetPages->forget();
 }
 
 void Database::Impl::dropJetChanges()
@@ -223,7 +349,11 @@ void Database::Impl::dropJetChanges()
     QSet<QString> tables;
     for (const auto &[table, rowid] : std::as_const(jetPages->changed))
         tables.insert(table);
-    jetPages->changed.clear();
+    for (const auto &[table, rowid] : std::as_const(jetPages->inserted))
+        tables.insert(table);
+    for (const QString &table : jetPages->deleted.keys())
+        tables.insert(table);
+    jetPages->forget();
     jetPages->copying = true;
     for (const QString &table : tables) {
         QSqlQuery(db).exec(QStringLiteral("DROP TABLE IF EXISTS %1").arg(quoteIdentifier(table)));

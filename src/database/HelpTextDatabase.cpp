@@ -71,7 +71,9 @@ QString accessFileRefusal(const QString &path, const QString &job)
 {
     if (detectDatabaseFormat(path) != DbFormat::Jet)
         return QString();
-    return job + QStringLiteral(" cannot be done in an Access database yet (\"") + path + QStringLiteral("\").") +
+    return job + QStringLiteral(" cannot be done in an Access database (\"") + path +
+           QStringLiteral("\"): it changes the design of a table, and this program changes only the rows of an "
+                          "Access file.") +
            LFCR +
            QStringLiteral("Nothing was changed. Convert the database to SQLite first (editor: File, \"Convert to "
                           "SQLite...\"; or helptext-importer convert-to-sqlite), then do it there.");

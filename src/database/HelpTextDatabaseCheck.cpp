@@ -117,7 +117,7 @@ QString CheckConnection(Context &ctx, const QString &path, ConnectFor purpose)
                 format = DbFormat::SQLite;
             }
         }
-        // An Access file is edited in place too, though only the values of its rows.
+        // An Access file is edited in place too: its rows, never its design.
         bool writable = format == DbFormat::SQLite || purpose == ConnectFor::Editing;
         QString readOnlyReason; // why an Access file cannot be written; it is shown, read only
 

@@ -51,12 +51,35 @@ long countFrom(const QVariant &data, const QString &item)
 
 } // namespace
 
+namespace
+{
+
+// An Access file gets the rows it lacks; one that cannot be written (another
+// Jet version, write-protected, open elsewhere) keeps the counts only assumed.
+void addMissingCountItems(Context &ctx, const QString &databasePath, const std::vector<const CountItem *> &missing)
+{
+    try {
+        auto db = Database::open(databasePath);
+        Database::Transaction transaction(*db);
+        for (const CountItem *c : missing)
+            db->exec(QStringLiteral("INSERT INTO DBSys (Item, Data) VALUES (?, ?)"),
+                     {QString::fromLatin1(c->item), QString::number(c->defaultCount)});
+        transaction.commit();
+    } catch (const DbError &e) {
+        LogError(ctx, QStringLiteral("GetDBSysMaxLenItems: the item counts missing from ") + databasePath +
+                          QStringLiteral(" are assumed, not written: ") + QString::fromUtf8(e.what()));
+    }
+}
+
+} // namespace
+
 bool GetDBSysMaxLenItems(Context &ctx, const QString &databasePath)
 {
     bool tableFound = false;
     try {
-        // A Jet file is read as it is: missing items are only assumed, not written.
-        const bool writable = detectDatabaseFormat(databasePath) == DbFormat::SQLite;
+        // A Jet file is read first: it is opened for writing only when rows are missing.
+        const DbFormat format = detectDatabaseFormat(databasePath);
+        const bool writable = format == DbFormat::SQLite;
         auto db = Database::open(databasePath, writable ? Database::Mode::ReadWrite : Database::Mode::ReadOnly);
         const bool importer = ctx.state.mode == QLatin1String("IMPORT") && ctx.state.anzFehler >= 0;
 
@@ -92,6 +115,9 @@ bool GetDBSysMaxLenItems(Context &ctx, const QString &databasePath)
                          {QString::fromLatin1(c->item), QString::number(c->defaultCount)});
             transaction.commit();
             tableFound = true;
+        } else if (format == DbFormat::Jet && hasTable && !missing.empty()) {
+            db.reset();
+            addMissingCountItems(ctx, databasePath, missing);
         }
         return true;
     } catch (const std::exception &e) {
@@ -154,12 +180,6 @@ long CorrectDBLength(Context &ctx, const QString &databasePath)
                 continue;
             }
             // Too short for its count: rebuilt, after one backup per call.
-            if (const QString refusal = accessFileRefusal(
-                    databasePath, QStringLiteral("Lengthening the tables to %1 items per machine").arg(count));
-                !refusal.isEmpty()) {
-                showMessage(ctx, refusal, Buttons::OK, Icon::Exclamation, QStringLiteral("Access database"));
-                return -1;
-            }
             if (!backedUp) {
                 if (!CreateDBBackup(ctx, databasePath))
                     return -1; // no rebuild without a way back

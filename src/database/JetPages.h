@@ -1,9 +1,9 @@
 #pragma once
 // Internal to the database layer: a Jet 4 file read through the program's own
 // page code. Its tables are copied into the memory database, each row with
-// where it lies in the file. Opened for writing, the rows an UPDATE changes are
-// written into the file when the change is committed; inserting or deleting
-// rows and changing the design of tables are refused.
+// where it lies in the file. Opened for writing, the rows added, deleted and
+// updated are written into the file when the change is committed; changing
+// the design of tables is refused.
 
 #include "database/jet/JetEditor.h"
 
@@ -18,8 +18,17 @@ struct JetPages {
     std::unique_ptr<jet::Editor> file;                // the file as last read or written here
     QHash<QString, QHash<qint64, quint32>> rowPlaces; // table -> rowid -> packed row pointer
     QSet<QPair<QString, qint64>> changed;             // rows updated since the last write
-    QString refusal;                                  // what was refused last, for the message
-    bool copying = false;                             // a table is being copied in
+    QSet<QPair<QString, qint64>> inserted;            // rows added since the last write
+    QHash<QString, QHash<qint64, quint32>> deleted;   // table -> rowid -> slot of rows deleted since
+    bool pending() const { return !changed.isEmpty() || !inserted.isEmpty() || !deleted.isEmpty(); }
+    void forget()
+    {
+        changed.clear();
+        inserted.clear();
+        deleted.clear();
+    }
+    QString refusal;      // what was refused last, for the message
+    bool copying = false; // a table is being copied in
     bool writable = false;
 };
 

@@ -34,7 +34,7 @@ QStringList unusableFontSpec()
 void widenFontColumn(Database &db)
 {
     if (db.format() == DbFormat::Jet)
-        return; // a design change, which an Access file cannot take yet: its values are written all the same
+        return; // a design change, never made in an Access file: its values are written all the same
     static const QRegularExpression size(QStringLiteral("\\(\\s*(\\d+)\\s*\\)"));
     for (const ColumnInfo &c : db.columns(QStringLiteral("Language"))) {
         if (c.name.compare(QLatin1String("Font"), Qt::CaseInsensitive) != 0)

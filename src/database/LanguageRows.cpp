@@ -10,11 +10,9 @@ namespace ht
 namespace
 {
 
-// Every definition row without a text row in the language gets one. Nothing
-// missing, nothing is inserted: an Access file, which takes no new rows yet,
-// can then still be imported into. The texts present are read once as a set
-// (NOT IN), not probed per definition row: a file without indexes would
-// otherwise scan the text table once for every item.
+// Every definition row without a text row in the language gets one. The texts
+// present are read once as a set (NOT IN), not probed per definition row: a
+// file without indexes would otherwise scan the text table once for every item.
 long addMissing(Database &db, const QString &definition, const QString &id, const QString &text, const QString &textId,
                 const QString &fields, qlonglong language)
 {

@@ -9,30 +9,36 @@ set(_helptext_base ${HELPTEXT_SCHEMA_DIR}/helptext.sql)
 set(_helptext_mc ${HELPTEXT_SCHEMA_DIR}/helptext_materialchange.sql)
 set(_out ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 
-# The importer's two templates: SQLite files despite the historic names. They hold
-# no language: an import creates its language with the language-definition
-# database's number, so no template can disagree with the definitions in use.
-add_custom_command(
-  OUTPUT ${_out}/HelpTextMitMaterialchange.mdb
-  COMMAND ${CMAKE_COMMAND} -E rm -f ${_out}/HelpTextMitMaterialchange.mdb
-  COMMAND helptext-mkdb ${_out}/HelpTextMitMaterialchange.mdb ${_helptext_base} ${_helptext_mc}
-  DEPENDS helptext-mkdb ${_helptext_base} ${_helptext_mc}
-  COMMENT "Making the template database with material change"
-  VERBATIM)
-add_custom_command(
-  OUTPUT ${_out}/HelpTextOhneMaterialchange.mdb
-  COMMAND ${CMAKE_COMMAND} -E rm -f ${_out}/HelpTextOhneMaterialchange.mdb
-  COMMAND helptext-mkdb ${_out}/HelpTextOhneMaterialchange.mdb ${_helptext_base}
-  DEPENDS helptext-mkdb ${_helptext_base}
-  COMMENT "Making the template database without material change"
-  VERBATIM)
+# The importer's two templates: Access (Jet 4) files, as the operator panel reads
+# them, made from the Access-made empty file by the program's own builder out of
+# the SQLite schema, with its keys. They hold no language: an import creates its
+# language with the language-definition database's number, so no template can
+# disagree with the definitions in use.
+set(_helptext_empty ${HELPTEXT_SCHEMA_DIR}/empty.mdb)
+foreach(_variant Mit Ohne)
+  set(_template ${_out}/HelpText${_variant}Materialchange.mdb)
+  set(_source ${CMAKE_CURRENT_BINARY_DIR}/HelpText${_variant}Materialchange.sqlite)
+  set(_scripts ${_helptext_base})
+  if(_variant STREQUAL "Mit")
+    list(APPEND _scripts ${_helptext_mc})
+  endif()
+  add_custom_command(
+    OUTPUT ${_template}
+    COMMAND ${CMAKE_COMMAND} -E rm -f ${_template} ${_source}
+    COMMAND helptext-mkdb ${_source} ${_scripts}
+    COMMAND helptext-mkjet ${_template} ${_helptext_empty} ${_source}
+    COMMAND ${CMAKE_COMMAND} -E rm -f ${_source}
+    DEPENDS helptext-mkdb helptext-mkjet ${_scripts} ${_helptext_empty}
+    COMMENT "Making the Access template database HelpText${_variant}Materialchange.mdb"
+    VERBATIM)
+endforeach()
 add_custom_target(helptext_templates ALL
   DEPENDS ${_out}/HelpTextMitMaterialchange.mdb ${_out}/HelpTextOhneMaterialchange.mdb)
 
 # The database tests run the tool and read the templates it made.
 function(_helptext_database_test_dependencies)
   if(TARGET test_database)
-    add_dependencies(test_database helptext-mkdb helptext_templates)
+    add_dependencies(test_database helptext-mkdb helptext-mkjet helptext_templates)
   endif()
 endfunction()
 cmake_language(DEFER DIRECTORY ${CMAKE_SOURCE_DIR} CALL _helptext_database_test_dependencies)

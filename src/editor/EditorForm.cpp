@@ -557,7 +557,7 @@ void EditorForm::MenuChangeDatabase_Click()
     }
 }
 
-// For the jobs an Access file cannot take yet: from now on the SQLite copy is
+// For a user who wants an SQLite copy of an Access file: from now on the copy is
 // edited. A text the Access file could not take is stored into the copy.
 void EditorForm::MenuConvertToSqlite_Click()
 {

@@ -137,7 +137,7 @@ class EditorForm
     QString pagePath() const;
     QString boxText(int index) const;
     void writeDefinition(Database &db, long id);
-    void reportWriteFailure(const QString &procedure, const std::exception &e, bool addingRow);
+    void reportWriteFailure(const QString &procedure, const std::exception &e);
     QString pendingItem() const;
     QString pendingWhat() const;
     void findUntranslated(int direction);

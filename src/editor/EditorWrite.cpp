@@ -139,7 +139,7 @@ void EditorForm::DataBase_Write(int &result)
         transaction.commit();
         result = 1;
     } catch (const std::exception &e) {
-        reportWriteFailure(QStringLiteral("DataBase_Write"), e, adding);
+        reportWriteFailure(QStringLiteral("DataBase_Write"), e);
     }
 }
 
@@ -176,7 +176,7 @@ void EditorForm::Definition_Write()
             transaction.commit();
         }
     } catch (const std::exception &e) {
-        reportWriteFailure(QStringLiteral("Definition_Write"), e, false);
+        reportWriteFailure(QStringLiteral("Definition_Write"), e);
     }
 }
 
@@ -196,7 +196,7 @@ QString EditorForm::pendingWhat() const
 
 // The translator is told in one sentence what happened and what to do; the
 // driver's words and the SQL go to the error log only.
-void EditorForm::reportWriteFailure(const QString &procedure, const std::exception &e, bool addingRow)
+void EditorForm::reportWriteFailure(const QString &procedure, const std::exception &e)
 {
     m_writeFailed = true;
     const QString &path = ctx.state.helpTextDB;
@@ -210,9 +210,6 @@ void EditorForm::reportWriteFailure(const QString &procedure, const std::excepti
     } else if (!QFileInfo(path).isWritable()) {
         m_failureReason = QStringLiteral("the database file is read-only");
         remedy = QStringLiteral("make the file writable, then leave the box again");
-    } else if (addingRow && detectDatabaseFormat(path) == DbFormat::Jet) {
-        m_failureReason = QStringLiteral("this Access file cannot take a new text row yet");
-        remedy = QStringLiteral("convert the database to SQLite (File menu) to store it");
     } else {
         m_failureReason = QStringLiteral("the database refused it (the error log has the details)");
         remedy = QStringLiteral("leave the box again to try once more");

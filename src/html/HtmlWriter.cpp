@@ -172,7 +172,7 @@ bool HtmlRun::isUsableName(const QString &what, const QString &name)
 
 void HtmlRun::skipFolder(const QString &path, const QString &why)
 {
-    folders.insert(path, {Folder::Skipped});
+    folders.insert(path, {Folder::Skipped, false, QString()});
     ctx.state.htmlRunFailed = true;
     if (!reported.contains(path)) {
         reported.insert(path);
@@ -204,10 +204,10 @@ Folder HtmlRun::ensureDirectory(const QString &path)
     const bool existed = info.exists();
     if (!GetDirectory(ctx, path)) {
         ctx.state.htmlRunFailed = true;
-        folders.insert(path, {Folder::Failed});
+        folders.insert(path, {Folder::Failed, false, QString()});
         return Folder::Failed;
     }
-    folders.insert(path, {Folder::Ready, !existed});
+    folders.insert(path, {Folder::Ready, !existed, QString()});
     return Folder::Ready;
 }
 

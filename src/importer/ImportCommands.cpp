@@ -3,6 +3,7 @@
 #include "common/ConsoleUserInterface.h"
 #include "common/Context.h"
 #include "common/IniFile.h"
+#include "common/InstalledFiles.h"
 #include "common/Messages.h"
 #include "database/AccessSync.h"
 #include "database/Database.h"
@@ -10,6 +11,7 @@
 #include "database/LanguageLookup.h"
 #include "importer/DelMachine.h"
 #include "importer/Importer.h"
+#include "importer/NewDatabase.h"
 
 namespace ht
 {
@@ -167,6 +169,29 @@ int runSyncToAccess(Context &ctx, const CommandArgs &args)
     }
 }
 
+int runNewDatabase(Context &ctx, const CommandArgs &args)
+{
+    if (!args.has(QStringLiteral("to")))
+        return usage(ctx, QStringLiteral("new-database: --to is needed"));
+    NewDatabaseRequest request;
+    request.target = args.value(QStringLiteral("to"));
+    request.materialChange = !args.has(QStringLiteral("without-material-change"));
+    const QString format = args.value(QStringLiteral("format"), QStringLiteral("access"));
+    if (format != QLatin1String("access") && format != QLatin1String("sqlite"))
+        return usage(ctx, QStringLiteral("new-database: --format is access or sqlite"));
+    request.sqlite = format == QLatin1String("sqlite");
+    const QString added = args.value(QStringLiteral("added"), QStringLiteral("0"));
+    bool ok = false;
+    request.added = added.toInt(&ok);
+    if (!ok || request.added < 0 || request.added > 999)
+        return usage(ctx, QStringLiteral("new-database: --added takes a number of at most three digits"));
+    const QString why = makeNewDatabase(programDataFile(ctx, templateFileName(request.materialChange)), request);
+    if (!why.isEmpty())
+        return failedWith(ctx, why);
+    showMessage(ctx, QStringLiteral("New help-text database made: ") + request.target, Buttons::OK, Icon::Information);
+    return kCommandDone;
+}
+
 } // namespace
 
 std::vector<ConsoleCommand> importerCommands()
@@ -215,8 +240,8 @@ std::vector<ConsoleCommand> importerCommands()
          runRenameMachine},
         {QStringLiteral("convert-to-sqlite"),
          QStringLiteral("--database DB.mdb [--to FILE]"),
-         QStringLiteral("Converts an Access help-text database to SQLite, for the jobs an Access file cannot take yet "
-                        "(creating or deleting a language, lengthening the tables, machine types of numbers).\n"
+         QStringLiteral("Converts an Access help-text database to SQLite, for the design changes an Access file is "
+                        "not given here (machine types of numbers made text, a wider font column).\n"
                         "  --to FILE   the new SQLite file (default: beside DB, named <base>.sqlite); never "
                         "overwritten\n"
                         "The Access database stays as it was. Exit code 0 when converted, 1 when not."),
@@ -232,6 +257,22 @@ std::vector<ConsoleCommand> importerCommands()
          {QStringLiteral("from"), QStringLiteral("to")},
          {},
          runSyncToAccess},
+        {QStringLiteral("new-database"),
+         QStringLiteral("--to FILE [--without-material-change] [--added N] [--format access|sqlite]"),
+         QStringLiteral("Makes a new, empty help-text database from the template beside the program, as the "
+                        "window's \"New database from template\" does: five free machine blocks, no language (an "
+                        "import adds its own).\n"
+                        "  --to FILE                  the new database; an existing file is never replaced\n"
+                        "  --without-material-change  the template without the material-change tables\n"
+                        "  --added N                  alarms and warnings per machine after the 256 standard ones "
+                        "(default 0)\n"
+                        "  --format access|sqlite     an Access (Jet 4) file as the operator panel reads it "
+                        "(default), or SQLite\n"
+                        "Exit code 0 when made; 1 when refused or failed (no file is left then); 2 for a command line "
+                        "that cannot be run."),
+         {QStringLiteral("to"), QStringLiteral("added"), QStringLiteral("format")},
+         {QStringLiteral("without-material-change")},
+         runNewDatabase},
     };
 }
 

@@ -4,6 +4,7 @@
 #include "common/ErrorLog.h"
 #include "common/FileIo.h"
 #include "common/IniFile.h"
+#include "common/InstalledFiles.h"
 #include "common/Messages.h"
 #include "common/Platform.h"
 #include "common/UserInterface.h"
@@ -11,6 +12,7 @@
 #include "database/HelpTextDatabase.h"
 #include "database/LanguageLookup.h"
 #include "importer/Importer.h"
+#include "importer/NewDatabase.h"
 #include "startup/FormSwitch.h"
 
 #include <QFileInfo>
@@ -296,9 +298,8 @@ bool ImportForm::DBKopieren(const QString &target)
             if (!CreateDBBackup(ctx, target))
                 return false;
         }
-        const QString source = joinPath(ctx.programDir, view.checked(ImportCtl::OptionMaterialChange)
-                                                            ? QStringLiteral("HelpTextMitMaterialchange.mdb")
-                                                            : QStringLiteral("HelpTextOhneMaterialchange.mdb"));
+        // An Access file, as the operator panel reads it (made at build time with its keys).
+        const QString source = programDataFile(ctx, templateFileName(view.checked(ImportCtl::OptionMaterialChange)));
         QByteArray bytes;
         QString why;
         if (readRegularFile(source, kMaxDatabaseBytes, true, bytes, &why) != FileRead::Ok ||

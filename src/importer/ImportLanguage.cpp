@@ -54,9 +54,6 @@ qlonglong Importer::GetActLanguage(const QString &name)
 
 void Importer::CreateLanguage(qlonglong language)
 {
-    if (const QString refusal = accessFileRefusal(ctx.state.helpTextDB, QStringLiteral("Creating a language"));
-        !refusal.isEmpty())
-        throw DbError(refusal.toStdString());
     StatusStart(ctx, m_status, QStringLiteral("Creating new language"), 0, false);
     if (!ctx.state.langLookupDB.isEmpty()) {
         auto lookup = Database::open(ctx.state.langLookupDB, Database::Mode::ReadOnly);

@@ -106,15 +106,17 @@ bool Importer::readLists(const ImportRequest &request)
 }
 
 // The added rows given must be those the workbook has: more would read its
-// added warnings as alarms, fewer would leave its last ones out.
+// added warnings as alarms, fewer would leave its last ones out. The added
+// warnings follow a block as long as the alarms'; its last rows may be empty.
 QString Importer::addedRefusal() const
 {
     const int given = anzFehler();
-    const int alarms = m_inWorkbook.alarms.value_or(given), warnings = m_inWorkbook.warnings.value_or(given);
-    if (alarms == given && warnings == given)
+    const int alarms = m_inWorkbook.alarms.value_or(given), warnings = m_inWorkbook.warnings.value_or(0);
+    if (alarms == given && warnings <= given)
         return {};
     return QStringLiteral("The workbook \"%1\" has %2 added alarms and %3 added warnings (numbered from 257 in "
-                          "column B), but %4 added rows were given: nothing has been imported.")
+                          "column B), but the import is for %4 added alarms and warnings: nothing has been "
+                          "imported.")
         .arg(m_request.source.path)
         .arg(alarms)
         .arg(warnings)

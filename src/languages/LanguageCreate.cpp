@@ -48,11 +48,6 @@ std::optional<LanguageCreated> createLanguage(Context &ctx, StatusTarget *status
     const std::optional<qlonglong> number = chosenNumber(ctx, language);
     if (!number)
         return std::nullopt;
-    if (const QString refusal = accessFileRefusal(ctx.state.helpTextDB, QStringLiteral("Creating a language"));
-        !refusal.isEmpty()) {
-        showMessage(ctx, refusal, Buttons::OK, Icon::Exclamation, QStringLiteral("Access database"));
-        return std::nullopt;
-    }
     try {
         auto db = Database::open(ctx.state.helpTextDB);
         if (const QString conflict = languageNumberConflict(*db, ctx.state.langLookupDB); !conflict.isEmpty()) {

@@ -65,9 +65,6 @@ std::optional<LanguageDeleted> deleteLanguage(Context &ctx, StatusTarget *status
             return refuse(ctx, QStringLiteral("The language-definition database has no language named \"") + name +
                                    QStringLiteral("\" that could be deleted.") + LFCR +
                                    QStringLiteral("Nothing was deleted."));
-        if (const QString refusal = accessFileRefusal(ctx.state.helpTextDB, QStringLiteral("Deleting a language"));
-            !refusal.isEmpty())
-            return refuse(ctx, refusal);
         auto db = Database::open(ctx.state.helpTextDB);
         if (const QString conflict = languageNumberConflict(*db, ctx.state.langLookupDB); !conflict.isEmpty())
             return refuse(ctx, conflict);

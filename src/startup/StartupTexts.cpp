@@ -4,10 +4,7 @@
 #include "common/Context.h"
 #include "common/ErrorLog.h"
 #include "common/Messages.h"
-
-#ifndef HELPTEXT_VERSION
-#define HELPTEXT_VERSION "0.0.0"
-#endif
+#include "common/Version.h"
 
 namespace ht
 {
@@ -33,8 +30,8 @@ QString ValidateCompileOption(Context &ctx, const QString &option)
 
 QString VersionLabelText()
 {
-    return QStringLiteral("Version ") + QStringLiteral(HELPTEXT_VERSION) + QStringLiteral("  ") + QChar(169) +
-           QLatin1Char(' ') + kCopyrightYear + QStringLiteral(" by ") + kCompany;
+    return QStringLiteral("Version ") + programVersion() + QStringLiteral("  ") + QChar(169) + QLatin1Char(' ') +
+           kCopyrightYear + QStringLiteral(" by ") + kCompany;
 }
 
 QString ScopiaVersionLabel(const QString &indexTextDB)

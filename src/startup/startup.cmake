@@ -1,6 +1,5 @@
-# Start-up additions: the version shown in the start-up dialog, and a third
-# variant built without a mode so that the refusal of such a build is testable.
-target_compile_definitions(helptext_startup PRIVATE HELPTEXT_VERSION="${PROJECT_VERSION}")
+# Start-up additions: a third variant built without a mode so that the refusal
+# of such a build is testable.
 
 add_executable(helptext-nomode ${CMAKE_SOURCE_DIR}/src/app/main.cpp ${CMAKE_SOURCE_DIR}/src/app/CompileOption.cpp
   ${CMAKE_SOURCE_DIR}/src/app/ConsoleMain.cpp)

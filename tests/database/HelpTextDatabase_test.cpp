@@ -3,11 +3,14 @@
 #include "common/Messages.h"
 #include "database/HelpTextDatabase.h"
 #include "database/HelpTextFixture.h"
+#include "database/JetFile.h"
+#include "database/jet/JetCheck.h"
 
 #include "common/ErrorLog.h"
 
 #include <QDir>
 #include <QFile>
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
@@ -224,24 +227,40 @@ TEST(JetHelpText, AFailedCheckLeavesEveryFileAsItWas)
     }
 }
 
-// An Access help-text database is used in place; what it cannot take yet is named, and nothing changes.
-TEST(JetHelpText, AnAccessDatabaseIsUsedInPlaceAndSaysWhatItCannotTake)
+// An Access help-text database is used in place: tables too short for their
+// item count are rebuilt in the file itself, IDs from 1 in each machine's block.
+TEST(JetHelpText, AnAccessDatabaseIsLengthenedInPlace)
 {
     DbTestContext t;
-    const QString source = t.path(QStringLiteral("source.sqlite")), jet = t.path(QStringLiteral("Machine.mdb"));
+    const QString source = t.path(QStringLiteral("source.sqlite")), mdb = t.path(QStringLiteral("Machine.mdb"));
     makeHelpTextDb(source);
     Database::open(source)->exec(QStringLiteral("UPDATE DBSys SET Data = '300' WHERE Item = 'MaxLenAlarm'"));
-    makeAccessCopy(source, jet);
-    const QByteArray before = readFileBytes(jet);
+    makeAccessCopy(source, mdb);
+    const QByteArray before = readFileBytes(mdb);
 
-    EXPECT_EQ(CheckConnection(t.ctx, jet), jet);
+    EXPECT_EQ(CheckConnection(t.ctx, mdb), mdb);
 
-    ASSERT_EQ(t.ui.messageTexts().size(), 1);
-    EXPECT_TRUE(t.ui.messageTexts()[0].startsWith(
-        QLatin1String("Lengthening the tables to 300 items per machine cannot be done in an Access database yet")))
-        << t.ui.messageTexts()[0].toStdString();
-    EXPECT_EQ(readFileBytes(jet), before);
+    EXPECT_EQ(t.ui.messageTexts(), QStringList());
+    EXPECT_NE(readFileBytes(mdb), before);
+    EXPECT_EQ(jet::checkStructure(jet::Image(readFileBytes(mdb), mdb)), QStringList());
     EXPECT_FALSE(QFile::exists(t.path(QStringLiteral("Machine.sqlite"))));
+    // Read as the panel would: through libmdb, every ID once, 300 per block.
+    QList<qlonglong> ids;
+    int idColumn = -1;
+    JetFile::open(mdb)->readTable(
+        QStringLiteral("AlarmDefinition"),
+        [&](const std::vector<JetColumn> &columns) {
+            for (size_t i = 0; i < columns.size(); ++i)
+                if (columns[i].name == QLatin1String("AlarmID"))
+                    idColumn = int(i);
+        },
+        [&](const QVariantList &row) { ids << row.value(idColumn).toLongLong(); });
+    std::sort(ids.begin(), ids.end());
+    ASSERT_EQ(ids.size(), 1500);
+    EXPECT_EQ(ids.front(), 1);
+    EXPECT_EQ(ids.back(), 1500);
+    EXPECT_EQ(std::adjacent_find(ids.begin(), ids.end(), [](qlonglong a, qlonglong b) { return b != a + 1; }),
+              ids.end());
 }
 
 // An Access file the program cannot write (here: of a later Access version) is shown read only, and says why.
@@ -262,7 +281,11 @@ TEST(JetHelpText, AnAccessDatabaseItCannotWriteIsReadOnlyAndSaysWhy)
     EXPECT_TRUE(t.ui.messageTexts()[0].contains(QLatin1String("can only be read by this program: Only Access "
                                                               "2000-2003 (Jet 4) files can be changed")))
         << t.ui.messageTexts()[0].toStdString();
-    EXPECT_EQ(Database::open(jet, Database::Mode::ReadOnly)->query(QStringLiteral("SELECT count(*) FROM AlarmDefinition")).value(0).toInt(), 1280);
+    EXPECT_EQ(Database::open(jet, Database::Mode::ReadOnly)
+                  ->query(QStringLiteral("SELECT count(*) FROM AlarmDefinition"))
+                  .value(0)
+                  .toInt(),
+              1280);
     EXPECT_EQ(readFileBytes(jet), bytes);
 }
 

@@ -2,6 +2,7 @@
 // a too-short kind, on real SQLite files.
 #include "database/HelpTextFixture.h"
 #include "database/ItemCounts.h"
+#include "database/jet/JetCheck.h"
 
 #include <QFile>
 #include <gtest/gtest.h>
@@ -86,6 +87,23 @@ TEST(GetDBSysMaxLenItems, FailuresAreReportedAndAJetFileOnlyRead)
     EXPECT_TRUE(GetDBSysMaxLenItems(t.ctx, jet));
     EXPECT_EQ(t.ctx.state.maxItems, (Counts{0, 256, 256, 1000}));
     EXPECT_EQ(readFileBytes(jet), before);
+}
+
+// A keyed Access file gets the count rows it lacks (DBSys.Item is a text key).
+TEST(GetDBSysMaxLenItems, AnAccessFileGetsTheRowsItLacks)
+{
+    DbTestContext t;
+    const QString mdb = t.path(QStringLiteral("Keys.mdb"));
+    ASSERT_TRUE(QFile::copy(jetTestFile(QStringLiteral("helptext_keys")), mdb));
+    QFile::setPermissions(mdb, QFile::ReadOwner | QFile::WriteOwner);
+    openRW(mdb)->exec(QStringLiteral("DELETE FROM DBSys WHERE Item <> 'MaxLenAlarm'"));
+    EXPECT_TRUE(GetDBSysMaxLenItems(t.ctx, mdb));
+    EXPECT_EQ(t.ctx.state.maxItems[KindWarnings], 256);
+    EXPECT_EQ(jet::checkStructure(jet::Image(readFileBytes(mdb), mdb)), QStringList());
+    EXPECT_EQ(Database::open(mdb, Database::Mode::ReadOnly)
+                  ->query(QStringLiteral("SELECT Data FROM DBSys WHERE Item = 'MaxLenMaterialChange'"))
+                  .text(QStringLiteral("Data")),
+              QStringLiteral("1000"));
 }
 
 // CorrectDBLength on a template database with one language, its counts changed by `sql`.

@@ -3,8 +3,10 @@
 // nothing else in the file changed; a kill at any moment leaves the old file or
 // the new one.
 #include "database/HelpTextFixture.h"
+#include "database/ItemCounts.h"
 #include "database/JetFile.h"
 #include "database/JetModel.h"
+#include "database/LanguageRows.h"
 #include "database/jet/JetBuilder.h"
 #include "database/jet/JetCheck.h"
 #include "database/jet/JetEditor.h"
@@ -378,58 +380,83 @@ TEST(JetWriter, RefusesWhatItCannotDoSafely)
                 }).contains(QLatin1String("longer than")));
 }
 
-// A child applies one batch of edits and commits; the parent kills it at a random moment.
+// A child applies one batch of edits and commits; the parent kills it at a random
+// moment, for each job in turn: page edits, a language created through the
+// database layer, a table lengthened to 300 items per machine.
 TEST(JetWriter, KilledAtAnyMomentLeavesTheOldFileOrTheNew)
 {
     const int runs = qEnvironmentVariableIntValue("HELPTEXT_CRASH_RUNS") > 0
                          ? qEnvironmentVariableIntValue("HELPTEXT_CRASH_RUNS")
                          : 20;
-    QTemporaryDir dir;
-    const QByteArray original = readFileBytes(jetTestFile(QStringLiteral("compIndexTestV2000")));
-    const auto batch = [](const QString &path) {
-        Editor e(path);
-        e.readRows(QStringLiteral("Table1"), [&](RowPointer slot, QVariantList values) {
-            values[1] = textOfLength(50, int(slot.row));
-            values[2] = textOfLength(40, int(slot.page));
-            e.updateRow(QStringLiteral("Table1"), slot, values);
-        });
-        e.commit();
+    const struct {
+        const char *job, *file;
+        std::function<void(const QString &path)> batch;
+    } jobs[] = {
+        {"page edits", "compIndexTestV2000",
+         [](const QString &path) {
+             Editor e(path);
+             e.readRows(QStringLiteral("Table1"), [&](RowPointer slot, QVariantList values) {
+                 values[1] = textOfLength(50, int(slot.row));
+                 values[2] = textOfLength(40, int(slot.page));
+                 e.updateRow(QStringLiteral("Table1"), slot, values);
+             });
+             e.commit();
+         }},
+        {"language created", "helptext_keys",
+         [](const QString &path) {
+             auto db = Database::open(path);
+             Database::Transaction t(*db);
+             writeLanguageRow(*db, 1036, QStringLiteral("Francais"), QStringLiteral("Arial"), QString());
+             addLanguageTextRows(*db, 1036, true);
+             t.commit();
+         }},
+        {"tables lengthened", "helptext_keys",
+         [](const QString &path) {
+             auto db = Database::open(path);
+             correctItemLengthIn(*db, QStringLiteral("Alarm"), 300);
+         }},
     };
-    const QString reference = writeIn(dir, QStringLiteral("reference.mdb"), original);
-    QElapsedTimer timer;
-    timer.start();
-    batch(reference);
-    const qint64 batchMicros = std::max<qint64>(1000, timer.nsecsElapsed() / 1000);
-    const QByteArray updated = readFileBytes(reference);
-    ASSERT_NE(updated, original);
-    QRandomGenerator random(7);
-    int old = 0, replaced = 0, leftNamed = 0;
-    for (int run = 0; run < runs; ++run) {
-        const QString path = writeIn(dir, QStringLiteral("killed.mdb"), original);
-        const pid_t child = fork();
-        ASSERT_GE(child, 0);
-        if (child == 0) {
-            try {
-                batch(path);
-            } catch (...) {
-                _exit(1);
+    for (const auto &job : jobs) {
+        SCOPED_TRACE(job.job);
+        QTemporaryDir dir;
+        const QByteArray original = readFileBytes(jetTestFile(QString::fromLatin1(job.file)));
+        const QString reference = writeIn(dir, QStringLiteral("reference.mdb"), original);
+        QElapsedTimer timer;
+        timer.start();
+        job.batch(reference);
+        const qint64 batchMicros = std::max<qint64>(1000, timer.nsecsElapsed() / 1000);
+        const QByteArray updated = readFileBytes(reference);
+        ASSERT_NE(updated, original);
+        QRandomGenerator random(7);
+        int old = 0, replaced = 0, leftNamed = 0;
+        for (int run = 0; run < runs; ++run) {
+            const QString path = writeIn(dir, QStringLiteral("killed.mdb"), original);
+            const pid_t child = fork();
+            ASSERT_GE(child, 0);
+            if (child == 0) {
+                try {
+                    job.batch(path);
+                } catch (...) {
+                    _exit(1);
+                }
+                _exit(0);
             }
-            _exit(0);
+            usleep(useconds_t(batchMicros * 3 / 10 + random.bounded(int(batchMicros * 12 / 10))));
+            kill(child, SIGKILL);
+            waitpid(child, nullptr, 0);
+            const QByteArray now = readFileBytes(path);
+            ASSERT_TRUE(now == original || now == updated) << "run " << run;
+            (now == original ? old : replaced)++;
+            EXPECT_EQ(checkStructure(Image(now, path)), QStringList());
+            // A temporary file as large as the database must not stay: the next open clears it.
+            const QStringList temporary{QStringLiteral(".~*")};
+            leftNamed += !QDir(dir.path()).entryList(temporary, QDir::Files | QDir::Hidden).isEmpty();
+            Database::open(path);
+            EXPECT_EQ(QDir(dir.path()).entryList(temporary, QDir::Files | QDir::Hidden), QStringList())
+                << "run " << run;
         }
-        usleep(useconds_t(batchMicros * 3 / 10 + random.bounded(int(batchMicros * 12 / 10))));
-        kill(child, SIGKILL);
-        waitpid(child, nullptr, 0);
-        const QByteArray now = readFileBytes(path);
-        ASSERT_TRUE(now == original || now == updated) << "run " << run;
-        (now == original ? old : replaced)++;
-        EXPECT_EQ(checkStructure(Image(now, path)), QStringList());
-        // A temporary file as large as the database must not stay: the next open clears it.
-        const QStringList temporary{QStringLiteral(".~*")};
-        leftNamed += !QDir(dir.path()).entryList(temporary, QDir::Files | QDir::Hidden).isEmpty();
-        Database::open(path);
-        EXPECT_EQ(QDir(dir.path()).entryList(temporary, QDir::Files | QDir::Hidden), QStringList()) << "run " << run;
+        RecordProperty(std::string(job.job) + " old", old);
+        RecordProperty(std::string(job.job) + " new", replaced);
+        RecordProperty(std::string(job.job) + " temporary_left_by_the_kill", leftNamed);
     }
-    RecordProperty("old", old);
-    RecordProperty("new", replaced);
-    RecordProperty("temporary_left_by_the_kill", leftNamed);
 }

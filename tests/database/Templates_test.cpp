@@ -46,7 +46,7 @@ TEST_P(TemplateDatabase, IsAcceptedWithFiveFreeBlocksAndNoLanguage)
     ASSERT_TRUE(QDir(t.dir.path()).mkpath(folder));
     const QString db = t.path(folder + u'/' + name);
     ASSERT_TRUE(QFile::copy(binDir() + u'/' + name, db)) << "made by the build beside the programs";
-    ASSERT_EQ(detectDatabaseFormat(db), DbFormat::SQLite);
+    ASSERT_EQ(detectDatabaseFormat(db), DbFormat::Jet) << "an Access file, as the operator panel reads it";
     t.ctx.state.materialChangePresent = !materialChange;
     t.ctx.state.runningOnMachinePC = materialChange;
 

@@ -3,6 +3,7 @@
 
 #include "common/IniFile.h"
 #include "database/jet/JetCheck.h"
+#include "database/jet/JetEditor.h"
 #include "editor/EditorForm.h"
 #include "editor/KeyboardLayouts.h"
 
@@ -385,20 +386,14 @@ TEST_F(AccessEditor, TextsAndDefinitionsAreStoredInTheAccessFileItself)
     EXPECT_TRUE(QString::fromUtf16(reinterpret_cast<const char16_t *>(page.constData()), page.size() / 2)
                     .contains("υπερθερμαίνεται"));
 
-    // A text row the file lacks cannot be added yet: the translator is told so, and the text stays.
+    // A text row the file lacks is added to it, its indexes with it.
     go("2");
     type(Ctl::TextDestination, 3, "Υπερφόρτωση");
     leave();
-    ASSERT_EQ(ui.messageTexts().size(), 1);
-    EXPECT_EQ(ui.messageTexts()[0], "The Greek text of alarm 2 could not be stored because this Access file cannot "
-                                    "take a new text row yet; it stays in its box: convert the database to SQLite "
-                                    "(File menu) to store it.");
-    EXPECT_EQ(view.shown(Ctl::TextDestination, 3), "Υπερφόρτωση");
-    // Going back to alarm 1, which has a row, never stores alarm 2's text there.
-    go("1");
-    EXPECT_EQ(ui.shown.back().buttons, Buttons::RetryDiscardCancel);
+    EXPECT_EQ(ui.messageTexts(), QStringList());
+    EXPECT_EQ(greekFunction(2), "Υπερφόρτωση");
     EXPECT_EQ(greekFunction(1), "Ο κινητήρας υπερθερμαίνεται");
-    EXPECT_EQ(view.shown(Ctl::ComboIndex), "2");
+    EXPECT_EQ(jet::checkStructure(jet::Image(test::readFileBytes(w.db()), w.db())), QStringList());
 
     // Converted to SQLite on request, the text is stored there; the Access file stays as it was.
     const QByteArray access = test::readFileBytes(w.db());
@@ -417,8 +412,8 @@ TEST_F(AccessEditor, TextsAndDefinitionsAreStoredInTheAccessFileItself)
     EXPECT_EQ(test::readFileBytes(w.db()), access);
 }
 
-// Every way of moving on asks while a save fails (alarm 2 has no row the Access
-// file could take): Retry tries again, Discard moves on without the text,
+// Every way of moving on asks while a save fails (another program has the Access
+// file open): Retry tries again, Discard moves on without the text,
 // Cancel stays with everything as it was.
 TEST_F(AccessEditor, WhileASaveFailsMovingOnAsksFirst)
 {
@@ -439,6 +434,7 @@ TEST_F(AccessEditor, WhileASaveFailsMovingOnAsksFirst)
     bool dialogShown = false;
     view.machineSelection = [&] { dialogShown = true; };
     open();
+    test::writeFileBytes(jet::Editor::lockFile(w.db()), "lock");
     go("2");
     type(Ctl::TextDestination, 3, "Σε αναμονή");
     leave();

@@ -69,6 +69,13 @@ TEST(ImportAccessKeys, IntoExistingAndNewMachinesWithTheirKeysKeptSound)
         << qPrintable(lastMessage());
     EXPECT_EQ(jet::checkStructure(jet::Image(test::readFileBytes(w.db()), w.db())), QStringList());
     EXPECT_EQ(alarmThroughLibmdb(w.db(), 2 * 256 + 5, 1032), "Συσκευή 5|Αποτέλεσμα 5|Λειτουργία 5|B5");
+
+    // A machine name the indexed MachineType cannot take as a key (a character
+    // outside the key encoder's): the job fails, the file stays byte for byte.
+    const QByteArray before = test::readFileBytes(w.db());
+    EXPECT_FALSE(importer.MainProc(request(QString::fromUtf8("Maschine Größe"))));
+    EXPECT_TRUE(test::readFileBytes(w.db()) == before);
+    EXPECT_TRUE(lastMessage().contains("cannot take this row")) << qPrintable(lastMessage());
 }
 
 } // namespace

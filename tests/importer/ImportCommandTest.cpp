@@ -82,7 +82,8 @@ TEST_F(ImportCommand, RefusalsChangeNotOneByte)
          [](ImportCommand &c) {
              return c.import("M1", {"--added", "12"});
          },
-         "has 3 added alarms and 3 added warnings (numbered from 257 in column B), but 12 added rows were given"},
+         "has 3 added alarms and 3 added warnings (numbered from 257 in column B), but the import is for 12 added "
+         "alarms and warnings"},
         {"fewer added rows than the machines' blocks",
          [](ImportCommand &c) {
              c.import("M1", {"--added", "3"});

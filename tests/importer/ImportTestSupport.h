@@ -1,6 +1,6 @@
 #pragma once
-// The importer tests' workspace: a help-text database made from the build's
-// template, the demo language definitions, and the generated workbooks.
+// The importer tests' workspace: an SQLite help-text database made from the
+// templates' schema scripts, the demo language definitions, and the generated workbooks.
 
 #include "common/QtPrinters.h"
 #include "database/Database.h"
@@ -31,9 +31,12 @@ struct ImportWorkspace {
 
     explicit ImportWorkspace(bool materialChange = true)
     {
-        const QString name = materialChange ? QStringLiteral("HelpTextMitMaterialchange.mdb")
-                                            : QStringLiteral("HelpTextOhneMaterialchange.mdb");
-        EXPECT_TRUE(QFile::copy(binDir() + u'/' + name, db())) << "made by the build beside the programs";
+        // An SQLite help-text database from the templates' own scripts; the Access
+        // templates themselves are tried in ImportTemplateTest.
+        QStringList scripts{QStringLiteral("src/database/schema/helptext.sql")};
+        if (materialChange)
+            scripts << QStringLiteral("src/database/schema/helptext_materialchange.sql");
+        makeDatabase(db(), scripts);
         QFile(db()).setPermissions(QFile::ReadOwner | QFile::WriteOwner);
         makeDemoLanguageDB(t.path("Languages.mdb"));
         AppState &s = t.ctx.state;

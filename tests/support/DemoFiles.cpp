@@ -55,9 +55,17 @@ void makeMachineTree(const QString &root)
 {
     const QString program = root + QStringLiteral("/Program/");
     QDir().mkpath(program + "Tools");
-    makeDemoHelpTextDB(program + "Helptext.mdb");
-    makeDemoIndexTextDB(program + "Scopia.mdb");
-    makeDemoLanguageDB(program + "Tools/Languages.mdb");
+    // Access files, as a machine has them, made from the demo's SQLite scripts.
+    const auto access = [](const QString &path, void (*make)(const QString &)) {
+        const QString source = path + QStringLiteral(".sqlite");
+        make(source);
+        QFile::remove(path);
+        makeAccessCopy(source, path);
+        QFile::remove(source);
+    };
+    access(program + "Helptext.mdb", makeDemoHelpTextDB);
+    access(program + "Scopia.mdb", makeDemoIndexTextDB);
+    access(program + "Tools/Languages.mdb", makeDemoLanguageDB);
     copyTemplates(program + "Help");
 }
 

@@ -16,7 +16,7 @@ void makeDemoIndexTextDB(const QString &path);
 void copyTemplates(const QString &helpDir); // the three page templates of samples/templates
 
 // <root>/Program/{Helptext.mdb, Scopia.mdb, Tools/Languages.mdb, Help/} with
-// the demo data and the page templates in Help/.
+// the demo data as Access files and the page templates in Help/.
 void makeMachineTree(const QString &root);
 
 void writeText(const QString &path, const QString &text);

@@ -17,6 +17,10 @@ namespace
 
 constexpr quint32 kCatalogPage = 2;
 constexpr int kColumnBlock = 25, kInlineMapBytes = 64;
+constexpr int kRealIndexBlock = 52, kLogicalIndexBlock = 28, kRealIndexCounts = 12, kMaxIndexColumns = 10;
+constexpr int kLogicalIndexType = 23;
+constexpr quint8 kIndexAccess = 0x80;  // set in every index Access makes for a table design
+constexpr quint8 kPrimaryKeyIndex = 1; // the logical index's type
 constexpr quint8 kUserTable = 0x4E;
 constexpr quint8 kColumnFixed = 0x03, kColumnVariable = 0x02, kCompressibleText = 0x01;
 
@@ -53,7 +57,8 @@ QByteArray letterIndexKey(const QString &text)
 
 Builder::Builder(Image &image) : m_image(image), m_writer(image) {}
 
-TableDef Builder::addTable(const QString &name, const std::vector<NewColumn> &columns)
+TableDef Builder::addTable(const QString &name, const std::vector<NewColumn> &columns,
+                           const std::vector<NewIndex> &indexes)
 {
     if (letterIndexKey(name).isEmpty())
         throw DbError(QStringLiteral("A table of an Access file made here is named with letters only, not %1")
@@ -62,6 +67,13 @@ TableDef Builder::addTable(const QString &name, const std::vector<NewColumn> &co
     for (const CatalogEntry &e : readCatalog(m_image, true))
         if (e.name.compare(name, Qt::CaseInsensitive) == 0)
             throw DbError(QStringLiteral("The Access file has a table %1 already").arg(name).toStdString());
+    for (const NewIndex &index : indexes)
+        if (index.columns.empty() || index.columns.size() > size_t(kMaxIndexColumns) ||
+            std::any_of(index.columns.begin(), index.columns.end(),
+                        [&](int c) { return c < 0 || c >= int(columns.size()); }))
+            throw DbError(QStringLiteral("Index %1 of table %2 cannot be made in an Access file")
+                              .arg(index.name, name)
+                              .toStdString());
 
     const quint32 tableDefPage = m_image.appendPage();
     const quint32 mapPage = m_image.appendPage();
@@ -73,6 +85,10 @@ TableDef Builder::addTable(const QString &name, const std::vector<NewColumn> &co
     const quint32 firstData = m_image.pageCount() / 8 * 8;
     std::vector<PageRow> maps{{inlineMap(firstData), 0}, {inlineMap(firstData), 0}};
     const auto pointer = [&](int row) { return RowPointer{mapPage, quint8(row)}.packed(); };
+
+    // Each index's page map comes after the table's two, before those of the long values.
+    for (size_t i = 0; i < indexes.size(); ++i)
+        maps.push_back({inlineMap(firstData), 0});
 
     QByteArray blocks, names, longValueMaps;
     quint16 variable = 0, fixedOffset = 0;
@@ -112,6 +128,40 @@ TableDef Builder::addTable(const QString &name, const std::vector<NewColumn> &co
     }
     longValueMaps += QByteArray("\xFF\xFF", 2) + QByteArray(8, '\0');
 
+    // Per index: its key count (filled by the rebuild), its real block and its logical
+    // block with its name. The real blocks start as Access's catalog's do; the root
+    // stays 0 until the rows are in.
+    const TableDef catalog = readTableDef(m_image, kCatalogPage, QStringLiteral("MSysObjects"));
+    if (catalog.indexBlockOffsets.empty() || catalog.indexBlockOffsets.front() + 4 > kPageSize)
+        m_image.damaged(QStringLiteral("its catalog is not one that is known"));
+    const QByteArray realHead(m_image.page(kCatalogPage) + catalog.indexBlockOffsets.front(), 4);
+    QByteArray keyCounts, realBlocks, logicalBlocks, indexNames;
+    for (size_t i = 0; i < indexes.size(); ++i) {
+        const NewIndex &index = indexes[i];
+        keyCounts += QByteArray(kRealIndexCounts, '\0');
+        QByteArray real(kRealIndexBlock, '\0');
+        std::copy(realHead.begin(), realHead.end(), real.begin());
+        for (int k = 0; k < kMaxIndexColumns; ++k) {
+            const bool used = k < int(index.columns.size());
+            put16(real.data() + 4 + 3 * k, used ? quint16(index.columns[size_t(k)]) : 0xFFFF);
+            real[6 + 3 * k] = char(used ? 1 : 0);
+        }
+        put32(real.data() + 34, pointer(2 + int(i)));
+        real[kIndexBlockFlags] = char(kIndexAccess | (index.primaryKey ? kIndexUnique | kIndexRequired
+                                                      : index.unique   ? kIndexUnique
+                                                                       : 0));
+        realBlocks += real;
+        QByteArray logical(kLogicalIndexBlock, '\0');
+        std::copy(shared.begin(), shared.end(), logical.begin());
+        put32(logical.data() + 4, quint32(i));
+        put32(logical.data() + 8, quint32(i));
+        put32(logical.data() + 13, 0xFFFFFFFF); // no related table
+        logical[kLogicalIndexType] = char(index.primaryKey ? kPrimaryKeyIndex : 0);
+        logicalBlocks += logical;
+        append16(indexNames, quint16(index.name.size() * 2));
+        indexNames.append(reinterpret_cast<const char *>(index.name.utf16()), index.name.size() * 2);
+    }
+
     QByteArray def(63, '\0');
     def[0] = char(PageTableDef);
     def[1] = 1;
@@ -121,9 +171,11 @@ TableDef Builder::addTable(const QString &name, const std::vector<NewColumn> &co
     put16(def.data() + 41, quint16(columns.size()));
     put16(def.data() + 43, variable);
     put16(def.data() + 45, quint16(columns.size()));
+    put32(def.data() + 47, quint32(indexes.size()));
+    put32(def.data() + 51, quint32(indexes.size()));
     put32(def.data() + 55, pointer(0));
     put32(def.data() + 59, pointer(1));
-    def += blocks + names + longValueMaps;
+    def += keyCounts + blocks + names + realBlocks + logicalBlocks + indexNames + longValueMaps;
     if (def.size() > kPageSize)
         throw DbError(QStringLiteral("The definition of table %1 does not fit one page").arg(name).toStdString());
     put32(def.data() + 8, quint32(def.size() - 8));
@@ -187,6 +239,12 @@ void Builder::appendRow(const TableDef &table, const QVariantList &values)
         if (!values[i].isNull())
             changes.push_back({&table.columns[size_t(i)], values[i]});
     m_writer.appendRow(table, changes);
+}
+
+void Builder::buildIndexes(const TableDef &table)
+{
+    for (int i = 0; i < int(table.indexRoots.size()); ++i)
+        rebuildIndex(m_image, readTableDef(m_image, table.page, table.name), i);
 }
 
 } // namespace ht::jet

@@ -137,6 +137,16 @@ void Editor::readRows(const QString &tableName,
     });
 }
 
+QVariantList Editor::rowValues(const QString &tableName, RowPointer slot)
+{
+    const TableDef &t = table(tableName);
+    const StoredRow row = decodeRow(m_image, rowData(m_image, slot), t.variableColumns > 0);
+    QVariantList values;
+    for (const Column *c : columnsOf(tableName))
+        values << columnValue(m_image, row, *c);
+    return values;
+}
+
 void Editor::updateRow(const QString &tableName, RowPointer slot, const QVariantList &values)
 {
     if (m_broken)
@@ -205,10 +215,17 @@ RowPointer Editor::insertRow(const QString &tableName, const QVariantList &value
 
 void Editor::deleteRow(const QString &tableName, RowPointer slot)
 {
+    deleteRows(tableName, {slot});
+}
+
+void Editor::deleteRows(const QString &tableName, const std::vector<RowPointer> &places)
+{
+    if (places.empty())
+        return;
     const TableDef &t = table(tableName);
     keysWillChange(t);
     m_changedTables.insert(t.name);
-    guarded([&] { m_writer.deleteRow(t, slot); });
+    guarded([&] { m_writer.deleteRows(t, places); });
 }
 
 // The indexes are rebuilt from the rows, with the keys computed here: only when

@@ -37,6 +37,8 @@ class Editor
     // Every live row: its slot and its values in column-number order. `visit`
     // may change rows; rows it moves to new overflow rows are not visited twice.
     void readRows(const QString &table, const std::function<void(RowPointer slot, const QVariantList &values)> &visit);
+    // One live row's values, in column-number order.
+    QVariantList rowValues(const QString &table, RowPointer slot);
     // Writes the values that differ from the row's; the rest of the row stays as it is.
     void updateRow(const QString &table, RowPointer slot, const QVariantList &values);
     // A new row, its values in column-number order as readRows gives them; each
@@ -44,6 +46,7 @@ class Editor
     // autonumber column the table's next number). Returns the row's slot.
     RowPointer insertRow(const QString &table, const QVariantList &values);
     void deleteRow(const QString &table, RowPointer slot);
+    void deleteRows(const QString &table, const std::vector<RowPointer> &places); // each page rewritten once
     bool changed() const { return !m_image.changedPages().isEmpty(); }
     // Checks the changed file and that no other program has it open, then puts
     // it in place of the old one, flushed to the disk; throws DbError, with the

@@ -5,6 +5,7 @@
 #include "database/jet/JetValues.h"
 
 #include <algorithm>
+#include <map>
 
 namespace ht::jet
 {
@@ -329,21 +330,40 @@ RowPointer Writer::insertRow(const TableDef &table, const std::vector<ColumnChan
 
 void Writer::deleteRow(const TableDef &table, RowPointer slot)
 {
-    const Slot s = slotOf(m_image, slot.page, slot.row);
-    const char *page = m_image.page(slot.page);
-    if ((s.flags & kRowOverflowTarget) || quint8(page[0]) != PageData || le32(page + 4) != table.page)
-        refuse(QStringLiteral("row %1 of page %2 is no row of table %3").arg(slot.row).arg(slot.page).arg(table.name));
-    std::vector<RowPointer> freed;
-    if (s.flags == kRowOverflowPointer)
-        freed.push_back(RowPointer::unpack(le32(page + s.start)));
-    const StoredRow row = decodeRow(m_image, rowData(m_image, slot), table.variableColumns > 0);
-    for (const Column &c : table.columns)
-        if (c.longValue() && !isNull(row, c))
-            readLongValue(m_image, storedBytes(row, c), &freed);
-    markDeleted(slot);
-    for (RowPointer at : freed)
-        markDeleted(at);
-    addToRowCount(table, -1);
+    deleteRows(table, {slot});
+}
+
+void Writer::deleteRows(const TableDef &table, const std::vector<RowPointer> &places)
+{
+    std::map<quint32, std::vector<int>> byPage; // every row to flag, with overflow and long-value rows
+    for (RowPointer slot : places) {
+        const Slot s = slotOf(m_image, slot.page, slot.row);
+        const char *page = m_image.page(slot.page);
+        if ((s.flags & kRowOverflowTarget) || quint8(page[0]) != PageData || le32(page + 4) != table.page)
+            refuse(
+                QStringLiteral("row %1 of page %2 is no row of table %3").arg(slot.row).arg(slot.page).arg(table.name));
+        std::vector<RowPointer> freed{slot};
+        if (s.flags == kRowOverflowPointer)
+            freed.push_back(RowPointer::unpack(le32(page + s.start)));
+        const StoredRow row = decodeRow(m_image, rowData(m_image, slot), table.variableColumns > 0);
+        for (const Column &c : table.columns)
+            if (c.longValue() && !isNull(row, c))
+                readLongValue(m_image, storedBytes(row, c), &freed);
+        for (RowPointer at : freed)
+            byPage[at.page].push_back(at.row);
+    }
+    for (const auto &[page, rows] : byPage) {
+        std::vector<PageRow> laid = pageRows(m_image, page);
+        for (int row : rows)
+            if (row >= 0 && row < int(laid.size()))
+                laid[size_t(row)] = {QByteArray(), kRowDeleted};
+        char copy[kPageSize];
+        std::copy_n(m_image.page(page), kPageSize, copy);
+        if (!layOutRows(copy, std::move(laid)))
+            refuse(QStringLiteral("page %1 cannot be laid out again").arg(page));
+        std::copy_n(copy, kPageSize, m_image.changePage(page));
+    }
+    addToRowCount(table, -int(places.size()));
 }
 
 void Writer::updateRow(const TableDef &table, RowPointer slot, const std::vector<ColumnChange> &changes,

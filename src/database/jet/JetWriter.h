@@ -39,6 +39,8 @@ class Writer
     RowPointer insertRow(const TableDef &table, const std::vector<ColumnChange> &values);
     // The row flagged deleted and emptied, with its overflow row and long values.
     void deleteRow(const TableDef &table, RowPointer slot);
+    // Many rows at once: each page is laid out once, however many of its rows go.
+    void deleteRows(const TableDef &table, const std::vector<RowPointer> &places);
 
   private:
     void applyChange(const TableDef &table, StoredRow &row, const ColumnChange &change, std::vector<RowPointer> &freed);

@@ -3,6 +3,7 @@
 // The scripts run in the order given, all in one transaction; on any failure
 // the new file is removed again and the exit code is 1. An existing output file
 // is never touched (exit code 2).
+#include "common/Version.h"
 #include "database/Database.h"
 
 #include <QCoreApplication>
@@ -10,8 +11,26 @@
 #include <QFileInfo>
 #include <cstdio>
 
+static const char *const kHelp =
+    "Usage: helptext-mkdb OUT.sqlite SCRIPT.sql [SCRIPT.sql...]\n"
+    "       helptext-mkdb --help | --version\n\n"
+    "make a new SQLite database from SQL scripts\n\n"
+    "The scripts run in the order given, all in one transaction; on any failure the new file is removed "
+    "again. An existing OUT is never touched. The schemas of the help-text, language-definition and "
+    "index-text databases are installed in share/helptext/schema:\n"
+    "  helptext.sql                  help-text database: five free machine blocks\n"
+    "  helptext_materialchange.sql   adds the material-change tables (after helptext.sql)\n"
+    "  languages.sql                 language-definition database\n"
+    "  indextext.sql                 index-text database\n\n"
+    "Exit status:\n"
+    "  0   the database is made\n"
+    "  1   a script failed (nothing is left behind)\n"
+    "  2   wrong arguments, or OUT exists";
+
 int main(int argc, char **argv)
 {
+    if (ht::answerHelpOrVersion(argc, argv, QStringLiteral("helptext-mkdb"), QString::fromUtf8(kHelp)))
+        return 0;
     QCoreApplication app(argc, argv); // Qt Sql needs the application object
     const QStringList args = app.arguments();
     if (args.size() < 3) {

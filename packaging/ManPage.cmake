@@ -1,0 +1,105 @@
+# Writes a manual page from what a program says to --help (and, for each of
+# its commands, to "<command> --help"), so that the page and --help never
+# disagree. Run at build time:
+#   cmake -DPROGRAM=path/to/exe -DNAME=helptext-importer -DVERSION=2.3.15 -DOUT=x.1 -P ManPage.cmake
+# The help text's form: "Usage:" lines, a one-line summary, paragraphs;
+# short "Heading:" lines (no full stop, at most six words) start sections; indented lines are kept as they stand.
+
+set(ENV{QT_QPA_PLATFORM} offscreen) # no display needed to answer --help
+
+function(_run out)
+  execute_process(COMMAND ${PROGRAM} ${ARGN} OUTPUT_VARIABLE text RESULT_VARIABLE rc)
+  if(NOT rc EQUAL 0)
+    message(FATAL_ERROR "${PROGRAM} ${ARGN} failed (${rc})")
+  endif()
+  set(${out} "${text}" PARENT_SCOPE)
+endfunction()
+
+function(_escape out line)
+  string(REPLACE "\\" "\\e" line "${line}")
+  string(REPLACE "-" "\\-" line "${line}")
+  if(line MATCHES "^[.']")
+    set(line "\\&${line}")
+  endif()
+  set(${out} "${line}" PARENT_SCOPE)
+endfunction()
+
+# Help text -> troff body. Lines go through as filled text, indented ones in
+# no-fill blocks, blank lines become paragraph breaks.
+function(_troff out text)
+  string(REPLACE ";" "\\;" text "${text}")
+  string(REPLACE "\n" ";" lines "${text}")
+  set(body "")
+  set(nofill FALSE)
+  foreach(line IN LISTS lines)
+    string(REPLACE "\\;" ";" line "${line}")
+    if(line MATCHES "^[ ]" AND NOT line STREQUAL "")
+      if(NOT nofill)
+        string(APPEND body ".nf\n")
+        set(nofill TRUE)
+      endif()
+    elseif(nofill)
+      string(APPEND body ".fi\n")
+      set(nofill FALSE)
+    endif()
+    if(line STREQUAL "")
+      string(APPEND body ".PP\n")
+    elseif(line MATCHES "^[A-Z][^:.]*:$" AND NOT line MATCHES "^[^ ]+( [^ ]+){6}")
+      # "Commands of helptext-importer (each with --help):" -> COMMANDS
+      string(REGEX REPLACE "( of| \\(|:$).*" "" heading "${line}")
+      string(TOUPPER "${heading}" heading)
+      string(APPEND body ".SH \"${heading}\"\n")
+    else()
+      _escape(line "${line}")
+      string(APPEND body "${line}\n")
+    endif()
+  endforeach()
+  if(nofill)
+    string(APPEND body ".fi\n")
+  endif()
+  set(${out} "${body}" PARENT_SCOPE)
+endfunction()
+
+_run(help --help)
+# Synopsis: the "Usage:" line and the lines below it; then the summary line.
+string(REGEX MATCH "^Usage: [^\n]*(\n       [^\n]*)*" usage "${help}")
+string(LENGTH "${usage}" skip)
+string(SUBSTRING "${help}" ${skip} -1 rest)
+string(STRIP "${rest}" rest)
+string(REGEX MATCH "^[^\n]*" summary "${rest}")
+string(LENGTH "${summary}" skip)
+string(SUBSTRING "${rest}" ${skip} -1 rest)
+string(STRIP "${rest}" rest)
+string(REGEX REPLACE "^Usage: " "" usage "${usage}")
+string(REGEX REPLACE "\n       " "\n" usage "${usage}")
+
+set(page ".\\\" Made from ${NAME} --help by ManPage.cmake; change the program's help text, not this page.\n")
+string(TOUPPER "${NAME}" upper)
+string(APPEND page ".TH ${upper} 1 \"\" \"helptext ${VERSION}\" \"User Commands\"\n")
+_escape(name_line "${NAME} - ${summary}")
+string(APPEND page ".SH NAME\n${name_line}\n.SH SYNOPSIS\n.nf\n")
+string(REPLACE "\n" ";" usage_lines "${usage}")
+foreach(line IN LISTS usage_lines)
+  _escape(line "${line}")
+  string(APPEND page "${line}\n")
+endforeach()
+string(APPEND page ".fi\n.SH DESCRIPTION\n")
+_troff(body "${rest}")
+string(APPEND page "${body}")
+
+# Each command of the program in a section of its own.
+string(REGEX MATCHALL "\n  ${NAME} [a-z-]+" command_lines "${help}")
+foreach(line IN LISTS command_lines)
+  string(REGEX REPLACE ".* " "" command "${line}")
+  _run(command_help ${command} --help)
+  string(APPEND page ".SS \"${command}\"\n")
+  _troff(body "${command_help}")
+  string(APPEND page "${body}")
+endforeach()
+
+_run(version --version)
+string(STRIP "${version}" version)
+if(NOT version STREQUAL "${NAME} ${VERSION}")
+  message(FATAL_ERROR "${NAME} --version says \"${version}\", the build is ${VERSION}")
+endif()
+file(WRITE ${OUT} "${page}")
