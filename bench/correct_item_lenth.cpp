@@ -1,11 +1,13 @@
 // Timing of the table rebuild on a full help-text database: five machines,
 // ten languages, 5 x 256 alarms and warnings and 5 x 1000 material changes
-// with a text in every language, each kind grown by a few rows per machine.
+// with a text in every language, each kind grown by a few rows per machine;
+// then the same on a copy without any index (a customer's own file).
 //   bench_correct_item_lenth [work directory]
 #include "common/Context.h"
 #include "database/Database.h"
 #include "database/HelpTextDatabase.h"
 #include "database/ItemCounts.h"
+#include "support/FullDatabase.h"
 #include "support/Timing.h"
 
 #include <QCoreApplication>
@@ -21,8 +23,7 @@ using bench::msSince;
 namespace
 {
 
-const std::filesystem::path kSchemaDir =
-    std::filesystem::path(HELPTEXT_SOURCE_DIR) / "src" / "database" / "schema";
+const std::filesystem::path kSchemaDir = std::filesystem::path(HELPTEXT_SOURCE_DIR) / "src" / "database" / "schema";
 
 QString script(const char *name)
 {
@@ -80,30 +81,36 @@ int main(int argc, char **argv)
     ctx.programDir = dir;
     ctx.programName = QStringLiteral("bench");
     try {
-        const QString path = dir + QStringLiteral("/Full.sqlite");
-        QFile::remove(path);
-        auto start = Clock::now();
-        makeFullDatabase(path);
-        std::printf("make full database (%lld bytes): %9.1f ms\n", static_cast<long long>(QFile(path).size()),
-                    msSince(start));
-        ctx.state.helpTextDB = path;
+        // Once as the program makes the database, once with no index at all (a customer's own file).
+        for (const bool plain : {false, true}) {
+            const QString path =
+                dir + (plain ? QStringLiteral("/FullNoIndexes.sqlite") : QStringLiteral("/Full.sqlite"));
+            QFile::remove(path);
+            auto start = Clock::now();
+            makeFullDatabase(path);
+            if (plain)
+                bench::dropIndexes(path);
+            std::printf("%s: make full database (%lld bytes): %9.1f ms\n", plain ? "no indexes" : "with indexes",
+                        static_cast<long long>(QFile(path).size()), msSince(start));
+            ctx.state.helpTextDB = path;
 
-        const struct {
-            const char *word;
-            long count;
-        } runs[] = {{"MaterialChange", 1050}, {"Alarm", 300}, {"Warning", 280}, {"MaterialChange", 1200}};
-        for (const auto &r : runs) {
-            long count = r.count;
+            const struct {
+                const char *word;
+                long count;
+            } runs[] = {{"MaterialChange", 1050}, {"Alarm", 300}, {"Warning", 280}, {"MaterialChange", 1200}};
+            for (const auto &r : runs) {
+                long count = r.count;
+                start = Clock::now();
+                const long result = CorrectItemLenth(ctx, QString::fromLatin1(r.word), count);
+                std::printf("CorrectItemLenth %-15s to %5ld per machine: %9.1f ms (result %ld)\n", r.word, r.count,
+                            msSince(start), result);
+            }
+
             start = Clock::now();
-            const long result = CorrectItemLenth(ctx, QString::fromLatin1(r.word), count);
-            std::printf("CorrectItemLenth %-15s to %5ld per machine: %9.1f ms (result %ld)\n", r.word, r.count,
-                        msSince(start), result);
+            const QString checked = CheckConnection(ctx, path);
+            std::printf("CheckConnection on the rebuilt database:          %9.1f ms (%s)\n", msSince(start),
+                        checked == path ? "ok" : "failed");
         }
-
-        start = Clock::now();
-        const QString checked = CheckConnection(ctx, path);
-        std::printf("CheckConnection on the rebuilt database:          %9.1f ms (%s)\n", msSince(start),
-                    checked == path ? "ok" : "failed");
     } catch (const ProgramEnded &) {
         std::printf("stopped by an unexpected error, see %s/benchError.log\n", qPrintable(dir));
         return 1;

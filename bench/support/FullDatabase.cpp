@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <algorithm>
 #include <array>
 #include <vector>
 
@@ -112,6 +113,34 @@ void makeFullDatabase(const QString &path, int languages)
             db->exec(QStringLiteral("INSERT INTO WarningText VALUES (?, ?, ?)"), {id, number, text(id, l, 300)});
         for (int id : changes)
             db->exec(QStringLiteral("INSERT INTO MaterialChangeText VALUES (?, ?, ?)"), {id, number, text(id, l, 200)});
+    }
+    t.commit();
+}
+
+void dropIndexes(const QString &path)
+{
+    auto db = Database::open(path, Database::Mode::ReadWrite);
+    Database::Transaction t(*db);
+    for (const QVariantList &table :
+         db->query(QStringLiteral("SELECT name FROM sqlite_schema WHERE type = 'table'")).rows()) {
+        const QString name = table[0].toString();
+        const auto columns =
+            db->query(QStringLiteral("SELECT name, type, pk FROM pragma_table_info(?)"), {name}).rows();
+        const bool rowidKey =
+            std::count_if(columns.begin(), columns.end(), [](const QVariantList &c) { return c[2].toInt() > 0; }) == 1;
+        QStringList defs;
+        for (const QVariantList &c : columns) {
+            QString def = quoteIdentifier(c[0].toString()) + QLatin1Char(' ') + c[1].toString();
+            if (rowidKey && c[2].toInt() == 1 && c[1].toString() == QLatin1String("INTEGER"))
+                def += QStringLiteral(" PRIMARY KEY");
+            else if (c[1].toString() == QLatin1String("TEXT"))
+                def += QStringLiteral(" COLLATE NOCASE");
+            defs << def;
+        }
+        db->exec(QStringLiteral("CREATE TABLE plain_copy (%1)").arg(defs.join(QStringLiteral(", "))));
+        db->exec(QStringLiteral("INSERT INTO plain_copy SELECT * FROM %1").arg(quoteIdentifier(name)));
+        db->exec(QStringLiteral("DROP TABLE %1").arg(quoteIdentifier(name)));
+        db->exec(QStringLiteral("ALTER TABLE plain_copy RENAME TO %1").arg(quoteIdentifier(name)));
     }
     t.commit();
 }

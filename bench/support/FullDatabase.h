@@ -9,6 +9,9 @@ namespace ht::bench
 {
 
 void makeFullDatabase(const QString &path, int languages);
+// Rebuilds every table of the SQLite file without keys or indexes, as a customer's
+// own file may be: only an INTEGER PRIMARY KEY (a rowid alias) stays.
+void dropIndexes(const QString &path);
 QString schemaScript(const char *name); // a script of src/database/schema
 QString templatesDir();                 // samples/templates
 QString sourceDir();                    // the repository

@@ -155,8 +155,9 @@ class Database
 // "name" quoted as an SQL identifier ("a""b" for a"b).
 QString quoteIdentifier(const QString &name);
 
-// Writes every table of a Jet file into a new SQLite file (one transaction). Throws DbError
-// when `sqlitePath` exists or anything fails; no partial file is left behind.
+// Writes every table of a Jet file into a new SQLite file (one transaction), with the keys
+// and indexes of a Jet 4 file. Throws DbError when `sqlitePath` exists or anything
+// fails; no partial file is left behind.
 void convertJetToSqlite(const QString &jetPath, const QString &sqlitePath);
 // The other way: every table of an SQLite file into a new Jet file made from an
 // empty Access-made one, with the keys and indexes the SQLite file declares (help

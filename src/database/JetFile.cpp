@@ -257,13 +257,18 @@ void listTablesChild(const QByteArray &path, Sink &sink)
         sink.text(entry->object_name);
 }
 
-void sendValue(Sink &sink, MdbHandle *mdb, MdbColumn *col)
+void sendValue(Sink &sink, MdbHandle *mdb, MdbColumn *col, bool null)
 {
     const int start = col->cur_value_start;
     const int len = col->cur_value_len;
     if (col->col_type == MDB_BOOL) { // libmdb keeps a Boolean in the null mask: "null" is False
         sink.tag('I');
         sink.i64(len ? 0 : -1);
+        return;
+    }
+    if (len == 0 && !null && (col->col_type == MDB_TEXT || col->col_type == MDB_MEMO)) {
+        sink.tag('S'); // an empty text, which is not NULL
+        sink.text("");
         return;
     }
     if (len <= 0 || start < 0 || start + len > int(mdb->fmt->pg_size)) {
@@ -377,10 +382,22 @@ void readTableChild(const QByteArray &path, const QByteArray &table, Sink &sink)
         }
     }
     mdb_rewind_table(t);
+    std::vector<MdbField> fields(cols.size());
+    std::vector<char> nulls(cols.size());
     while (mdb_fetch_row(t)) {
+        // libmdb gives a NULL and an empty value alike (no bytes): the row's null mask tells them apart.
+        std::fill(nulls.begin(), nulls.end(), 1);
+        int start = 0;
+        size_t size = 0;
+        if (mdb_find_row(mdb, int(t->cur_row) - 1, &start, &size) == 0 && (start & 0xC000) == 0) {
+            const int count = mdb_crack_row(t, start & 0x1FFF, size, fields.data());
+            for (int i = 0; i < count && i < int(fields.size()); ++i)
+                if (fields[size_t(i)].colnum >= 0 && size_t(fields[size_t(i)].colnum) < nulls.size())
+                    nulls[size_t(fields[size_t(i)].colnum)] = fields[size_t(i)].is_null ? 1 : 0;
+        }
         sink.tag('R');
-        for (MdbColumn *col : cols)
-            sendValue(sink, mdb, col);
+        for (size_t i = 0; i < cols.size(); ++i)
+            sendValue(sink, mdb, cols[i], nulls[i] != 0);
     }
     sink.tag('E');
     mdb_free_tabledef(t);
@@ -503,7 +520,7 @@ void JetFile::readTable(const QString &table, const std::function<void(const std
             const bool isText = c.jetType == MDB_TEXT || c.jetType == MDB_MEMO;
             switch (in.tag()) {
             case 'N':
-                row << (isText ? QVariant(QString()) : QVariant()); // Jet text: NULL reads as ""
+                row << (isText ? QVariant(QString()) : QVariant()); // a null QString: stored as NULL
                 break;
             case 'I':
                 row << QVariant(qlonglong(in.i64()));
@@ -517,9 +534,11 @@ void JetFile::readTable(const QString &table, const std::function<void(const std
             case 'M':
                 row << QVariant(in.text().toDouble());
                 break;
-            case 'S':
-                row << QVariant(in.text());
+            case 'S': {
+                const QString text = in.text();
+                row << QVariant(text.isNull() ? QString(QLatin1String("")) : text); // "" is no NULL
                 break;
+            }
             case 'B':
                 row << QVariant(in.bytes());
                 break;

@@ -38,7 +38,7 @@ class JetFile
     QString findTable(const QString &name) const; // catalog spelling of `name` (any case), "" when absent
 
     // Reads one table: its columns first, then every row in file order. Text comes back as
-    // QString (NULL and "" both as ""), whole numbers as qlonglong, Booleans as 0 / -1 (Jet's
+    // QString (NULL as a null QString, "" as an empty one), whole numbers as qlonglong, Booleans as 0 / -1 (Jet's
     // True), floating and currency values as double, dates as ISO text, binary data as
     // QByteArray; other NULLs as a null QVariant. Throws DbError on unreadable data.
     void readTable(const QString &table, const std::function<void(const std::vector<JetColumn> &)> &onColumns,

@@ -10,22 +10,24 @@ namespace ht
 namespace
 {
 
-// Every definition row without a text row in the language gets one.
+// Every definition row without a text row in the language gets one. The texts
+// present are read once as a set (NOT IN), not probed per definition row: a
+// file without indexes would otherwise scan the text table once for every item.
 long addMissing(Database &db, const QString &definition, const QString &id, const QString &text, const QString &textId,
                 const QString &fields, qlonglong language)
 {
-    const QString missing = QStringLiteral("FROM %1 d WHERE NOT EXISTS (SELECT 1 FROM %2 t WHERE t.%3 = d.%4 AND "
-                                           "t.Language = ?)")
-                                .arg(definition, text, textId, id);
+    const QString missing = QStringLiteral("FROM %1 d WHERE d.%2 IS NULL OR d.%2 NOT IN (SELECT t.%3 FROM %4 t WHERE "
+                                           "t.Language = ? AND t.%3 IS NOT NULL)")
+                                .arg(definition, id, textId, text);
     if (db.query(QStringLiteral("SELECT count(*) ") + missing, {language}).value(0).toLongLong() == 0)
         return 0;
     QString empties;
     for (qsizetype i = 0, n = fields.count(u',') + 1; i < n; ++i)
         empties += QStringLiteral(", ''");
-    return db.exec(QStringLiteral("INSERT INTO %3 (%4, Language, %5) SELECT d.%2, ?%6 FROM %1 d "
-                                  "WHERE NOT EXISTS (SELECT 1 FROM %3 t WHERE t.%4 = d.%2 AND t.Language = ?)")
-                       .arg(definition, id, text, textId, fields, empties),
-                   {language, language});
+    return db.exec(
+        QStringLiteral("INSERT INTO %1 (%2, Language, %3) SELECT d.%4, ?%5 ").arg(text, textId, fields, id, empties) +
+            missing,
+        {language, language});
 }
 
 } // namespace

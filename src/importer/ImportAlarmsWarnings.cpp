@@ -10,6 +10,7 @@
 #include "database/Database.h"
 #include "database/ItemCounts.h"
 #include "database/LanguageLookup.h"
+#include "database/RowsById.h"
 #include "importer/Workbook.h"
 
 #include <cmath>
@@ -154,6 +155,8 @@ void Importer::importAlarms(const QString &machine)
         return;
     // The entry at the list's upper index is not imported, as ever.
     const qsizetype upper = qsizetype(m_alarms.size()) - 1;
+    RowsById texts(*m_db, QStringLiteral("AlarmText"), QStringLiteral("Alarm_ID"), m_language);
+    RowsById definitions(*m_db, QStringLiteral("AlarmDefinition"), QStringLiteral("AlarmID"));
     for (qsizetype i = 0; i < upper; ++i) {
         StatusTickNewText(ctx, m_status, QStringLiteral("Importing: Alarms ") + QString::number(i));
         if (ctx.processEvents)
@@ -168,15 +171,16 @@ void Importer::importAlarms(const QString &machine)
             ++m_counts.outsideBlock;
             continue;
         }
-        const QVariant id = block.first + number - 1;
-        m_counts.alarms += m_db->exec(QStringLiteral("UPDATE AlarmText SET Language = ?, Device = ?, Result = ?, "
+        const qlonglong key = block.first + number - 1;
+        const QVariant id = key;
+        m_counts.alarms += texts.exec(QStringLiteral("UPDATE AlarmText SET Language = ?, Device = ?, Result = ?, "
                                                      "Function = ? WHERE Language = ? AND Alarm_ID = ?"),
-                                      {m_language, e[1], e[2], e[3], m_language, id}) > 0;
-        const Recordset stored = m_db->query(
+                                      {m_language, e[1], e[2], e[3], m_language, id}, key) > 0;
+        const Recordset stored = definitions.query(
             QStringLiteral("SELECT AlarmDefinition.AlarmID, AlarmDefinition.MachineType, AlarmDefinition.AlarmNo, "
                            "AlarmDefinition.Sensor, AlarmDefinition.Cam, AlarmDefinition.CPU, AlarmDefinition.Rejects "
                            "FROM AlarmDefinition WHERE AlarmDefinition.AlarmID =?;"),
-            {id});
+            {id}, key);
         const bool exists = stored.recordCount() > 0;
         const QString oldValue =
             exists ? definitionSummary(e[0], stored.text(QStringLiteral("Sensor")), stored.text(QStringLiteral("Cam")),
@@ -188,13 +192,13 @@ void Importer::importAlarms(const QString &machine)
             continue;
         const QVariantList values{machine, number, e[4], e[5], e[6], e[7], id};
         if (exists)
-            m_db->exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = ?, AlarmNo = ?, Sensor = ?, Cam = ?, "
-                                      "CPU = ?, Rejects = ? WHERE AlarmID = ?"),
-                       values);
+            definitions.exec(QStringLiteral("UPDATE AlarmDefinition SET MachineType = ?, AlarmNo = ?, Sensor = ?, "
+                                            "Cam = ?, CPU = ?, Rejects = ? WHERE AlarmID = ?"),
+                             values, key);
         else
-            m_db->exec(QStringLiteral("INSERT INTO AlarmDefinition (MachineType, AlarmNo, Sensor, Cam, CPU, Rejects, "
-                                      "AlarmID) VALUES (?, ?, ?, ?, ?, ?, ?)"),
-                       values);
+            definitions.insert(QStringLiteral("INSERT INTO AlarmDefinition (MachineType, AlarmNo, Sensor, Cam, CPU, "
+                                              "Rejects, AlarmID) VALUES (?, ?, ?, ?, ?, ?, ?)"),
+                               values, key);
     }
     StatusTickNewText(ctx, m_status, QStringLiteral("Binding: Alarms "));
     bind(QStringLiteral("Alarm"), machine, block.first, block.length);
@@ -207,6 +211,8 @@ void Importer::importWarnings(const QString &machine)
     if (block.first < 0)
         return;
     const qsizetype upper = qsizetype(m_warnings.size()) - 1;
+    RowsById texts(*m_db, QStringLiteral("WarningText"), QStringLiteral("Warning_ID"), m_language);
+    RowsById definitions(*m_db, QStringLiteral("WarningDefinition"), QStringLiteral("WarningID"));
     for (qsizetype i = 0; i < upper; ++i) {
         StatusTickNewText(ctx, m_status, QStringLiteral("Importing: Warnings ") + QString::number(i));
         if (ctx.processEvents)
@@ -219,19 +225,20 @@ void Importer::importWarnings(const QString &machine)
             ++m_counts.outsideBlock;
             continue;
         }
-        const QVariant id = block.first + number - 1;
-        if (m_db->exec(QStringLiteral("UPDATE WarningText SET Language = ?, Function = ? WHERE Language = ? AND "
+        const qlonglong key = block.first + number - 1;
+        const QVariant id = key;
+        if (texts.exec(QStringLiteral("UPDATE WarningText SET Language = ?, Function = ? WHERE Language = ? AND "
                                       "Warning_ID = ?"),
-                       {m_language, e[1], m_language, id}) == 0)
-            m_db->exec(QStringLiteral("INSERT INTO WarningText (Warning_ID, Language, Function) VALUES (?, ?, ?)"),
-                       {id, m_language, e[1]});
+                       {m_language, e[1], m_language, id}, key) == 0)
+            texts.insert(QStringLiteral("INSERT INTO WarningText (Warning_ID, Language, Function) VALUES (?, ?, ?)"),
+                         {id, m_language, e[1]}, key);
         ++m_counts.warnings;
-        if (m_db->exec(
+        if (definitions.exec(
                 QStringLiteral("UPDATE WarningDefinition SET MachineType = ?, WarningNo = ? WHERE WarningID = ?"),
-                {machine, number, id}) == 0)
-            m_db->exec(QStringLiteral("INSERT INTO WarningDefinition (WarningID, MachineType, WarningNo) "
-                                      "VALUES (?, ?, ?)"),
-                       {id, machine, number});
+                {machine, number, id}, key) == 0)
+            definitions.insert(QStringLiteral("INSERT INTO WarningDefinition (WarningID, MachineType, WarningNo) "
+                                              "VALUES (?, ?, ?)"),
+                               {id, machine, number}, key);
     }
     StatusTickNewText(ctx, m_status, QStringLiteral("Binding: Warnings "));
     bind(QStringLiteral("Warning"), machine, block.first, block.length);

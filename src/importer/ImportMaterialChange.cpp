@@ -5,6 +5,7 @@
 #include "common/Context.h"
 #include "common/StatusDisplay.h"
 #include "database/Database.h"
+#include "database/RowsById.h"
 
 namespace ht
 {
@@ -21,23 +22,26 @@ void Importer::ImportMaterialChange(const QString &machine, bool fromAlarms)
     StatusStart(ctx, m_status, QStringLiteral("Importing: Materialchang..."), 0, false);
     // Binding only, every row of the block; else one row per text read.
     const long entries = fromAlarms ? length : std::min<long>(length, long(m_materialChanges.size()));
+    RowsById texts(*m_db, QStringLiteral("MaterialChangeText"), QStringLiteral("MaterialChange_ID"), m_language);
+    RowsById definitions(*m_db, QStringLiteral("MaterialChangeDefinition"), QStringLiteral("MaterialChangeID"));
     for (long i = 0; first >= 0 && i < entries; ++i) {
         const long number = i + 1;
-        const QVariant id = first + number - 1;
+        const qlonglong key = first + number - 1;
+        const QVariant id = key;
         if (ctx.processEvents)
             ctx.processEvents();
         if (!fromAlarms) {
             StatusTickNewText(ctx, m_status, QStringLiteral("Importing: MaterialChange ") + QString::number(number));
             m_counts.materialChanges +=
-                m_db->exec(QStringLiteral("UPDATE MaterialChangeText SET Language = ?, Text = ? WHERE Language = ? "
+                texts.exec(QStringLiteral("UPDATE MaterialChangeText SET Language = ?, Text = ? WHERE Language = ? "
                                           "AND MaterialChange_ID = ?"),
-                           {m_language, m_materialChanges[size_t(i)], m_language, id}) > 0;
+                           {m_language, m_materialChanges[size_t(i)], m_language, id}, key) > 0;
         } else {
             StatusTickNewText(ctx, m_status, QStringLiteral("Binding: MaterialChange ") + QString::number(number));
         }
-        m_db->exec(QStringLiteral("UPDATE MaterialChangeDefinition SET MachineType = ?, MaterialChangeNo = ? WHERE "
-                                  "MaterialChangeID = ?"),
-                   {machine, qlonglong(number), id});
+        definitions.exec(QStringLiteral("UPDATE MaterialChangeDefinition SET MachineType = ?, MaterialChangeNo = ? "
+                                        "WHERE MaterialChangeID = ?"),
+                         {machine, qlonglong(number), id}, key);
     }
     StatusEnd(ctx, m_status);
     if (!fromAlarms)

@@ -100,6 +100,35 @@ std::unique_ptr<Database> openRW(const QString &path)
     return Database::open(path, Database::Mode::ReadWrite);
 }
 
+void dropIndexes(const QString &path)
+{
+    auto db = openRW(path);
+    Database::Transaction t(*db);
+    for (const QVariantList &table :
+         db->query(QStringLiteral("SELECT name FROM sqlite_schema WHERE type = 'table'")).rows()) {
+        const QString name = table[0].toString();
+        const auto columns =
+            db->query(QStringLiteral("SELECT name, type, pk, (SELECT count(*) FROM pragma_table_info(?) WHERE pk > 0) "
+                                     "FROM pragma_table_info(?)"),
+                      {name, name})
+                .rows();
+        QStringList defs;
+        for (const QVariantList &c : columns) {
+            const QString type = c[1].toString();
+            defs << quoteIdentifier(c[0].toString()) + QLatin1Char(' ') + type +
+                        (c[2].toInt() == 1 && c[3].toInt() == 1 && type == QLatin1String("INTEGER")
+                             ? QStringLiteral(" PRIMARY KEY")
+                         : type == QLatin1String("TEXT") ? QStringLiteral(" COLLATE NOCASE")
+                                                         : QString());
+        }
+        db->exec(QStringLiteral("CREATE TABLE plain_copy (%1)").arg(defs.join(QStringLiteral(", "))));
+        db->exec(QStringLiteral("INSERT INTO plain_copy SELECT * FROM %1").arg(quoteIdentifier(name)));
+        db->exec(QStringLiteral("DROP TABLE %1").arg(quoteIdentifier(name)));
+        db->exec(QStringLiteral("ALTER TABLE plain_copy RENAME TO %1").arg(quoteIdentifier(name)));
+    }
+    t.commit();
+}
+
 QStringList dump(const QString &path, const QString &sql)
 {
     QStringList lines;

@@ -13,7 +13,7 @@
 namespace ht::test
 {
 
-QString schemaFile(const QString &name); // src/database/schema/<name>
+QString schemaFile(const QString &name);  // src/database/schema/<name>
 QString jetTestFile(const QString &name); // tests/data/jet/<name>.mdb, made by Access itself
 QString writeIn(const QTemporaryDir &dir, const QString &name, const QByteArray &bytes); // the new file's path
 QStringList filesIn(const QString &dir);
@@ -32,6 +32,10 @@ void makeLookupDb(const QString &path, const std::vector<LookupRow> &rows, bool 
 // Adds a language with one text row per definition row of every kind
 // ("<kind> <id> <language>" in each text field).
 void addLanguage(const QString &path, int number, const QString &name, const QString &font = QString());
+
+// Rebuilds every table without keys or indexes (a customer's own file): only an
+// INTEGER PRIMARY KEY, a rowid alias, stays.
+void dropIndexes(const QString &path);
 
 std::unique_ptr<Database> openRW(const QString &path);
 // Every row of a query, each row's values joined by '|' (NULL as "<null>").

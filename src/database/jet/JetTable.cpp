@@ -157,9 +157,16 @@ TableDef readTableDef(const Image &image, quint32 page, const QString &name)
         t.indexRoots.push_back(le32(b + kIndexBlockRoot));
         t.indexFlags.push_back(quint8(b[kIndexBlockFlags]));
     }
-    c.take(kLogicalIndexBlock * int(logicalIndexes));
-    for (quint32 i = 0; i < logicalIndexes; ++i)
-        c.name();
+    for (quint32 i = 0; i < logicalIndexes; ++i) {
+        const char *b = c.take(kLogicalIndexBlock);
+        LogicalIndex index;
+        index.physical = le32(b + 8);
+        index.primaryKey = quint8(b[23]) == 1;
+        index.foreignKey = quint8(b[23]) == 2;
+        t.logicalIndexes.push_back(index);
+    }
+    for (LogicalIndex &index : t.logicalIndexes)
+        index.name = c.name();
     // The long-value columns' own page maps, up to a column number of 0xFFFF.
     for (int i = 0; i < columns; ++i) {
         const quint16 number = c.u16();

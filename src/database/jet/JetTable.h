@@ -49,6 +49,14 @@ struct Column {
 
 constexpr quint16 kGeneralSortOrder = 0x0409; // Access's "General" order
 
+// An index as the table's design names it; several may share one physical index.
+struct LogicalIndex {
+    QString name;
+    quint32 physical = 0; // its entry in TableDef's per-physical-index lists
+    bool primaryKey = false;
+    bool foreignKey = false; // made for a relationship, not by the design
+};
+
 struct TableDef {
     QString name;
     quint32 page = 0;
@@ -62,6 +70,7 @@ struct TableDef {
     std::vector<quint32> indexMaps;     // per physical index, its pages' usage map (packed row pointer)
     std::vector<quint8> indexFlags;     // per physical index: kIndexUnique, kIndexIgnoreNulls, kIndexRequired
     std::vector<int> indexBlockOffsets; // per physical index, where its block lies in the definition's bytes
+    std::vector<LogicalIndex> logicalIndexes;
     const Column *column(const QString &name) const; // any case; nullptr when absent
 };
 
