@@ -179,4 +179,14 @@ quint32 firstSlot(const Model &m, const QString &table)
     return m.rows.at(table).begin()->first;
 }
 
+QString dbErrorOf(const std::function<void()> &f)
+{
+    try {
+        f();
+    } catch (const DbError &e) {
+        return QString::fromUtf8(e.what());
+    }
+    return QString();
+}
+
 } // namespace ht::test

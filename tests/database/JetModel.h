@@ -44,5 +44,7 @@ void setValue(jet::Editor &editor, Model &model, const QString &table, quint32 s
 constexpr int kScriptCount = 7;
 QString textOfLength(int length, int script);
 quint32 firstSlot(const Model &m, const QString &table);
+// The message of the DbError `f` throws; empty when it throws none.
+QString dbErrorOf(const std::function<void()> &f);
 
 } // namespace ht::test
