@@ -174,11 +174,6 @@ QString textOfLength(int length, int script)
     return text;
 }
 
-quint32 firstSlot(const Model &m, const QString &table)
-{
-    return m.rows.at(table).begin()->first;
-}
-
 QString dbErrorOf(const std::function<void()> &f)
 {
     try {

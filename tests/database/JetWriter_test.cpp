@@ -286,38 +286,17 @@ TEST(JetWriter, RefusesWhatItCannotDoSafely)
         return writeIn(dir, QString::fromLatin1(name) + QStringLiteral(".mdb"),
                        readFileBytes(jetTestFile(QString::fromLatin1(name))));
     };
-    // A key twice in a unique index; a round given up before its commit.
-    struct KeyRefusal {
-        const char *file, *table;
-        std::function<void(Editor &, RowPointer, QVariantList)> change;
-        const char *expected;
-    };
-    const KeyRefusal keyRefusals[] = {
-        {"indexTestV2000", "Table1",
-         [](Editor &e, RowPointer slot, QVariantList values) {
-             values[0] = 1; // an id another row has
-             e.updateRow(QStringLiteral("Table1"), slot, values);
-         },
-         "same key twice"},
-        {"compIndexTestV2000", "Table1",
-         [](Editor &e, RowPointer slot, const QVariantList &) { e.deleteRow(QStringLiteral("Table1"), slot); }, ""},
-    };
-    for (const KeyRefusal &k : keyRefusals) {
-        const QString path = copyOf(k.file);
-        const QByteArray before = readFileBytes(path);
-        const QString why = dbErrorOf([&] {
-            Editor e(path);
-            std::optional<std::pair<RowPointer, QVariantList>> last;
-            e.readRows(QString::fromLatin1(k.table), [&](RowPointer slot, const QVariantList &v) { last = {slot, v}; });
-            k.change(e, last->first, last->second);
-            if (*k.expected == 0)
-                throw DbError("abandoned"); // a round given up before commit writes nothing either
-            e.commit();
-        });
-        EXPECT_TRUE(why.contains(QLatin1String(*k.expected ? k.expected : "abandoned")))
-            << k.file << ": " << why.toStdString();
-        EXPECT_EQ(readFileBytes(path), before) << k.file;
-    }
+    // A round given up before its commit writes nothing. (A key twice is refused in JetDatabase.)
+    const QString path = copyOf("compIndexTestV2000");
+    const QByteArray before = readFileBytes(path);
+    dbErrorOf([&] {
+        Editor e(path);
+        std::optional<RowPointer> last;
+        e.readRows(QStringLiteral("Table1"), [&](RowPointer slot, const QVariantList &) { last = slot; });
+        e.deleteRow(QStringLiteral("Table1"), *last);
+        throw DbError("abandoned");
+    });
+    EXPECT_EQ(readFileBytes(path), before);
     // Encoded, or of another version or page layout.
     // Jet 3, Access 2007, an encoding key, not a database page.
     const std::pair<int, char> layouts[] = {{0x14, 0x00}, {0x14, 0x02}, {0x3E, 0x5A}, {0, 0x01}};
@@ -331,7 +310,7 @@ TEST(JetWriter, RefusesWhatItCannotDoSafely)
     EditedCopy copy(jetTestFile(QStringLiteral("delTestV2000")));
     EXPECT_TRUE(dbErrorOf([&] {
                     copy.edit([&](Editor &e, Model &m) {
-                        setValue(e, m, QStringLiteral("Table"), firstSlot(m, QStringLiteral("Table")),
+                        setValue(e, m, QStringLiteral("Table"), m.rows.at(QStringLiteral("Table")).begin()->first,
                                  QStringLiteral("a"), textOfLength(300, 0));
                     });
                 }).contains(QLatin1String("longer than")));
