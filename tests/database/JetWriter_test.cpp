@@ -282,12 +282,9 @@ TEST(JetWriter, RandomEditSequences)
 TEST(JetWriter, RefusesWhatItCannotDoSafely)
 {
     QTemporaryDir dir;
-    const auto copyOf = [&](const char *name) {
-        return writeIn(dir, QString::fromLatin1(name) + QStringLiteral(".mdb"),
-                       readFileBytes(jetTestFile(QString::fromLatin1(name))));
-    };
     // A round given up before its commit writes nothing. (A key twice is refused in JetDatabase.)
-    const QString path = copyOf("compIndexTestV2000");
+    const QString path =
+        writeIn(dir, QStringLiteral("index.mdb"), readFileBytes(jetTestFile(QStringLiteral("compIndexTestV2000"))));
     const QByteArray before = readFileBytes(path);
     dbErrorOf([&] {
         Editor e(path);
