@@ -210,6 +210,10 @@ TEST(JetDatabase, KeysSetOrChangedAreTakenAndADuplicateKeyRefused)
     } jobs[] = {
         {"text key set to itself", "UPDATE DBSys SET Item = Item, Data = Data || '' WHERE Item = 'MaxLenAlarm'",
          "DBSys", "Item", "Item", "MaxLenAlarm", "MaxLenAlarm"},
+        {"key columns set to their own values, one as text",
+         "UPDATE AlarmText SET Alarm_ID = 2, Language = '1032', Function = 'Λειτουργία 2' WHERE Alarm_ID = 2 AND "
+         "Language = 1032",
+         "AlarmText", "Language", "Function", QStringLiteral("Λειτουργία 2"), "1032"},
         {"a number key changed", "UPDATE Language SET Language = 1034, Name = 'x' WHERE Language = 1033", "Language",
          "Name", "Language", 1034, "x"},
         {"a text key in other case", "UPDATE DBSys SET Item = upper(Item)", "DBSys", "Item", "Item", "MAXLENALARM",

@@ -366,6 +366,22 @@ TEST(JetKeys, EveryRowDeletedAndAddedAgain)
     }
 }
 
+// An editor used again after a commit knows its tables' new roots and row counts.
+TEST(JetKeys, AnEditorGoesOnAfterACommit)
+{
+    EditedCopy copy(jetTestFile(u"compIndexTestV2000"_s));
+    const QString table = u"Table1"_s;
+    Editor e(copy.path);
+    for (int round = 0; round < 3; ++round) {
+        const auto first = copy.model.rows.at(table).begin();
+        e.deleteRow(table, RowPointer::unpack(first->first));
+        copy.model.rows.at(table).erase(first);
+        e.commit();
+        EXPECT_EQ(e.table(table).rowCount, copy.model.rows.at(table).size());
+        copy.verify("commit " + std::to_string(round));
+    }
+}
+
 TEST(JetKeys, NullKeysAsTheIndexAllows)
 {
     // Table1's primary key (index 1) made unique only, or left required as Access made it.
