@@ -64,7 +64,9 @@ QString keysCopy(const QTemporaryDir &dir)
 
 } // namespace
 
-TEST(JetDatabase, CommittedUpdatesReachTheFileAndRolledBackOnesDoNot)
+// Rolled-back and immediate writes are checked in RowsAddedAndDeletedReachTheFileRoundAfterRound
+// and AWriterWaitsForTheFileAndThenSaysItIsBusy.
+TEST(JetDatabase, CommittedUpdatesReachTheFile)
 {
     AccessHelpText f;
     // Read back for reading as well: characters beyond the BMP included.
@@ -74,30 +76,10 @@ TEST(JetDatabase, CommittedUpdatesReachTheFileAndRolledBackOnesDoNot)
         Database::Transaction t(*db);
         db->exec(QStringLiteral("UPDATE AlarmText SET Device = ?, Result = ? WHERE Alarm_ID = 7"),
                  {greek, QString(5000, QLatin1Char('r'))});
-        db->exec(
-            QStringLiteral("UPDATE AlarmDefinition SET MachineType = 'CT400', Sensor = 'B12' WHERE AlarmID <= 256"));
         t.commit();
     }
     EXPECT_EQ(f.device(7), greek);
     EXPECT_EQ(f.device(8), QStringLiteral("Device"));
-    EXPECT_EQ(Database::open(f.path, Database::Mode::ReadOnly)
-                  ->query(QStringLiteral("SELECT count(*) FROM AlarmDefinition WHERE MachineType = 'CT400'"))
-                  .value(0)
-                  .toInt(),
-              256);
-    EXPECT_TRUE(f.sound());
-
-    const QByteArray before = readFileBytes(f.path);
-    {
-        auto db = Database::open(f.path);
-        Database::Transaction t(*db);
-        db->exec(QStringLiteral("UPDATE AlarmText SET Device = 'never' WHERE Alarm_ID = 7"));
-    } // not committed
-    EXPECT_EQ(readFileBytes(f.path), before);
-
-    // Outside a transaction a statement is written at once.
-    Database::open(f.path)->exec(QStringLiteral("UPDATE AlarmText SET Device = 'at once' WHERE Alarm_ID = 9"));
-    EXPECT_EQ(f.device(9), QStringLiteral("at once"));
     EXPECT_TRUE(f.sound());
 }
 
