@@ -28,14 +28,7 @@ struct CountCase {
     bool import = false; // the importer, with 12 alarms or warnings added
 };
 
-void PrintTo(const CountCase &c, std::ostream *os)
-{
-    *os << c.name;
-}
-
-class GetDBSysMaxLenItemsTest : public ::testing::TestWithParam<CountCase>
-{
-};
+using GetDBSysMaxLenItemsTest = ::testing::TestWithParam<CountCase>;
 
 } // namespace
 
@@ -115,14 +108,7 @@ struct LengthCase {
     const char *rowsAfter; // alarm, alarm text, warning, material-change definitions
 };
 
-void PrintTo(const LengthCase &c, std::ostream *os)
-{
-    *os << c.name;
-}
-
-class CorrectDBLengthTest : public ::testing::TestWithParam<LengthCase>
-{
-};
+using CorrectDBLengthTest = ::testing::TestWithParam<LengthCase>;
 
 TEST_P(CorrectDBLengthTest, RebuildsOnlyTooShortTablesAfterOneBackup)
 {
@@ -166,14 +152,7 @@ struct KindCase {
     long newCount;
 };
 
-void PrintTo(const KindCase &c, std::ostream *os)
-{
-    *os << c.word;
-}
-
-class Rebuild : public ::testing::TestWithParam<KindCase>
-{
-};
+using Rebuild = ::testing::TestWithParam<KindCase>;
 
 TEST_P(Rebuild, BlocksGrowWithRowsAndTextsInPlace)
 {
@@ -255,14 +234,7 @@ struct FailureCase {
     long count;
 };
 
-void PrintTo(const FailureCase &c, std::ostream *os)
-{
-    *os << c.name;
-}
-
-class RebuildFailure : public ::testing::TestWithParam<FailureCase>
-{
-};
+using RebuildFailure = ::testing::TestWithParam<FailureCase>;
 
 TEST_P(RebuildFailure, LeavesTheDatabaseUnchanged)
 {

@@ -174,9 +174,14 @@ QString textOfLength(int length, int script)
     return text;
 }
 
-quint32 firstSlot(const Model &m, const QString &table)
+QString dbErrorOf(const std::function<void()> &f)
 {
-    return m.rows.at(table).begin()->first;
+    try {
+        f();
+    } catch (const DbError &e) {
+        return QString::fromUtf8(e.what());
+    }
+    return QString();
 }
 
 } // namespace ht::test

@@ -43,6 +43,7 @@ void setValue(jet::Editor &editor, Model &model, const QString &table, quint32 s
 // Text of the scripts help texts are written in, cut to `length`.
 constexpr int kScriptCount = 7;
 QString textOfLength(int length, int script);
-quint32 firstSlot(const Model &m, const QString &table);
+// The message of the DbError `f` throws; empty when it throws none.
+QString dbErrorOf(const std::function<void()> &f);
 
 } // namespace ht::test

@@ -3,7 +3,6 @@
 
 #include "common/ConsoleUserInterface.h"
 #include "common/StatusDisplay.h"
-#include "database/jet/JetCheck.h"
 #include "importer/DelMachine.h"
 #include "importer/ImportCommands.h"
 #include "importer/Importer.h"
@@ -217,38 +216,6 @@ TEST_F(Import, FromTheCommandLine)
     EXPECT_EQ(w.value("SELECT Text FROM MaterialChangeText WHERE MaterialChange_ID = 112 AND Language = 1032"),
               "Αλλαγή 112");
     EXPECT_EQ(alarm(3), "Συσκευή 3|Αποτέλεσμα 3|Λειτουργία 3#M1|B3|0");
-}
-
-// An Access help-text database takes imports, a new language among them, and
-// machine deletion and renaming, in the file itself.
-TEST_F(Import, IntoAnAccessDatabase)
-{
-    ASSERT_TRUE(importer.MainProc(request("M1", "Greek", 2, "layout-plain.xlsx", "0")));
-    w.exec("UPDATE AlarmText SET Device = 'old', Function = NULL");
-    const QString source = w.t.path("source.sqlite");
-    ASSERT_TRUE(QFile::rename(w.db(), source));
-    test::makeAccessCopy(source, w.db());
-    ASSERT_EQ(CheckConnection(w.t.ctx, w.db()), w.db());
-    const auto sound = [&] { return jet::checkStructure(jet::Image(test::readFileBytes(w.db()), w.db())).isEmpty(); };
-
-    ASSERT_TRUE(importer.MainProc(request("M1", "Greek", 2, "layout-plain.xlsx", "0"))) << qPrintable(lastMessage());
-    EXPECT_EQ(alarm(5), "Συσκευή 5|Αποτέλεσμα 5|Λειτουργία 5#M1|B5|2");
-    ASSERT_TRUE(importer.MainProc(request("M2", "Greek", 2, "layout-plain.xlsx", "0"))) << qPrintable(lastMessage());
-    EXPECT_EQ(alarm(256 + 5), "Συσκευή 5|Αποτέλεσμα 5|Λειτουργία 5#M2|B5|2");
-    EXPECT_TRUE(sound());
-
-    // A new language: its rows are added to every text table.
-    ASSERT_TRUE(importer.MainProc(request("M1", "English", 1, "layout-plain.xlsx", "0"))) << qPrintable(lastMessage());
-    EXPECT_EQ(w.value("SELECT count(*) FROM AlarmText t JOIN Language l ON l.Language = t.Language "
-                      "WHERE l.Name = 'English'"),
-              w.value("SELECT count(*) FROM AlarmDefinition"));
-    EXPECT_TRUE(sound());
-
-    ASSERT_TRUE(deleteMachineNamed(w.t.ctx, "M1"));
-    EXPECT_EQ(alarm(5), "||#0||0");
-    ASSERT_TRUE(renameMachineNamed(w.t.ctx, "M2", "Line 2"));
-    EXPECT_EQ(w.value("SELECT count(*) FROM WarningDefinition WHERE MachineType = 'Line 2'"), "256");
-    EXPECT_TRUE(sound());
 }
 
 } // namespace
