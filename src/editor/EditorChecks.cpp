@@ -227,24 +227,7 @@ void EditorForm::findWithFindings(int direction)
         setStatus(QStringLiteral("No item of this machine and kind has findings"));
         return;
     }
-    // Past the last one the search goes on from the other end.
-    const int current = itemNumber();
-    int target = direction > 0 ? numbers.first() : numbers.last();
-    if (direction > 0) {
-        for (int n : numbers)
-            if (n > current) {
-                target = n;
-                break;
-            }
-    } else {
-        for (auto n = numbers.crbegin(); n != numbers.crend(); ++n)
-            if (*n < current) {
-                target = *n;
-                break;
-            }
-    }
-    view.setText(Ctl::ComboIndex, QString::number(target));
-    showItem();
+    showNearest(numbers, direction);
 }
 
 void EditorForm::MenuNextFinding_Click()

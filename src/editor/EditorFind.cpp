@@ -80,7 +80,13 @@ void EditorForm::findUntranslated(int direction)
         setStatus(QStringLiteral("Every item with a source text is translated"));
         return;
     }
-    // Past the last one the search goes on from the other end.
+    showNearest(numbers, direction);
+}
+
+// The next (direction > 0) or previous of `numbers` (ascending, not empty) from
+// the item shown; past the last one the search goes on from the other end.
+void EditorForm::showNearest(const QList<int> &numbers, int direction)
+{
     const int current = itemNumber();
     int target = direction > 0 ? numbers.first() : numbers.last();
     if (direction > 0) {

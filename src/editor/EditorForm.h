@@ -163,6 +163,7 @@ class EditorForm
     QString pendingItem() const;
     QString pendingWhat() const;
     void findUntranslated(int direction);
+    void showNearest(const QList<int> &numbers, int direction);
     QList<int> untranslatedNumbers();
     void refreshStatus();
     void readReviewState();
