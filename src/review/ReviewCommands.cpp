@@ -1,4 +1,5 @@
 #include "review/ReviewCommands.h"
+#include "review/ProgressOverview.h"
 
 #include "common/Context.h"
 #include "database/Database.h"
@@ -154,35 +155,11 @@ int runReport(Context &ctx, const CommandArgs &args)
     report.sourceLanguage = source->name;
     report.made = QDateTime::currentDateTime();
     try {
-        for (const CheckLanguage &destination : check->languages()) {
-            if (destination.number == source->number)
-                continue;
-            check->run(destination, *source, {}, [&](const CheckedItem &item) {
-                if (report.cells.empty() || report.cells.back().machine != item.machine ||
-                    report.cells.back().kind != item.kind || report.cells.back().language != destination.name)
-                    report.cells.push_back({item.machine, item.kind, destination.name});
-                ProgressCell &cell = report.cells.back();
-                if (!item.hasSource)
-                    return;
-                ++cell.items;
-                if (item.missing)
-                    ++cell.missing;
-                else
-                    ++cell.translated;
-                if (!item.missing && item.hasOtherFindings())
-                    ++cell.withFindings;
-                if (item.needsReview())
-                    ++cell.needsReview;
-            });
-        }
+        report.cells = progressCells(*check, *source);
     } catch (const DbError &e) {
         return failed(QStringLiteral("report: the database could not be read to the end: ") +
                       QString::fromUtf8(e.what()));
     }
-    // Rows by machine, kind, language, whatever order the languages were run in.
-    std::stable_sort(report.cells.begin(), report.cells.end(), [](const ProgressCell &a, const ProgressCell &b) {
-        return std::tie(a.machine, a.kind) < std::tie(b.machine, b.kind);
-    });
     printNotes(check->takeNotes());
     const QString text = formatReport(report, format);
     if (!args.has(QStringLiteral("out"))) {

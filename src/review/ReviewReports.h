@@ -27,6 +27,7 @@ struct ProgressCell {
     int missing = 0;      // at least one such field is empty
     int withFindings = 0; // translated, with a finding of any check but missing and review
     int needsReview = 0;  // a source changed since its translation was saved
+    long firstToDo = 0;   // the first item missing, with findings or in need of review; 0 for none
 };
 
 struct ProgressReport {
