@@ -144,6 +144,31 @@ void EditorForm::MenuGoToItem_Click()
     }
 }
 
+void EditorForm::goToItem(const QString &machine, int kind, const QString &destination, int number)
+{
+    try {
+        if (!mayReplaceInput())
+            return;
+        // Rows of a database changed meanwhile may name what is gone: the editor stays where it is.
+        if (!m_machines.contains(machine) || !m_languages.contains(destination) || kind < KindAlarms ||
+            kind > KindMaterialChange || (kind == KindMaterialChange && !ctx.state.materialChangePresent))
+            return;
+        ctx.state.currentKind = kind;
+        m_selection.machine = machine;
+        view.setText(Ctl::ComboLanguageDestination, destination);
+        Form_Load();
+        view.setText(Ctl::ComboIndex, QString::number(number));
+        ComboIndex_KeyDown(0);
+    } catch (const std::exception &e) {
+        reportUnexpected(ctx, QStringLiteral("goToItem"), e);
+    }
+}
+
+QString EditorForm::sourceLanguage() const
+{
+    return view.text(Ctl::ComboLanguageSource);
+}
+
 // "translated n of m": of the m items of the machine and kind that have a
 // source text, n have a destination text.
 void EditorForm::refreshStatus()

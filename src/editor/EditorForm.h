@@ -131,6 +131,12 @@ class EditorForm
     bool destinationEditable() const { return m_destinationEditable; }
     bool hasUnsavedInput() const { return m_dirty; }
 
+    // The progress overview's double-click: that machine, kind, destination
+    // language and item shown, asking first about unstored input as Ctrl+G does.
+    void goToItem(const QString &machine, int kind, const QString &destination, int number);
+    QString sourceLanguage() const;
+    std::function<void(const ItemAddress &)> onStored; // after every successful save of that item
+
   private:
     friend class LoadingGuard;
     const EditorKind &kind() const;

@@ -146,6 +146,8 @@ void EditorForm::DataBase_Write(int &result)
         result = 1;
         keepTranslatedFrom(from);
         refreshFindings(true); // the item list's line tells what is stored now
+        if (onStored)
+            onStored(item);
     } catch (const std::exception &e) {
         reportWriteFailure(QStringLiteral("DataBase_Write"), e);
     }

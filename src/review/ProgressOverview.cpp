@@ -81,6 +81,17 @@ std::vector<ProgressCell> ProgressOverview::findings()
     return cells(findingChecks());
 }
 
+ProgressCell ProgressOverview::cell(const QString &machine, int kind, const QString &language)
+{
+    DatabaseCheck check(ctx, m_path, WidthLimits{}, findingChecks());
+    const CheckLanguage *source = check.language(m_source), *destination = check.language(language);
+    std::vector<ProgressCell> one;
+    if (source && destination)
+        check.run(*destination, *source, {machine, kind, {}},
+                  [&](const CheckedItem &item) { countProgress(one, item, destination->name); });
+    return one.empty() ? ProgressCell{machine, kind, language} : one.front();
+}
+
 std::vector<ProgressCell> ProgressOverview::cells(const QStringList &checks)
 {
     DatabaseCheck check(ctx, m_path, WidthLimits{}, checks);

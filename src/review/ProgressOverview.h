@@ -33,6 +33,8 @@ class ProgressOverview
     // withFindings is -1 in every cell: not counted yet. Both throw DbError.
     std::vector<ProgressCell> counts();
     std::vector<ProgressCell> findings();
+    // One cell counted again in full, as after a save there; throws DbError.
+    ProgressCell cell(const QString &machine, int kind, const QString &language);
     static QStringList findingChecks();
 
   private:

@@ -1,4 +1,5 @@
 #include "editor/forms/EditorWindow.h"
+#include "editor/forms/ProgressWindow.h"
 
 #include "common/Context.h"
 #include "common/forms/QtStatusTarget.h"
@@ -362,6 +363,22 @@ void EditorWindow::buildMenus()
                   &EditorForm::MenuFind_Click, QKeySequence(Qt::CTRL | Qt::Key_F));
     addMenuAction(items, Ctl::MenuReviewed, QStringLiteral("MenuReviewed"), QStringLiteral("Mark as &reviewed"),
                   &EditorForm::MenuReviewed_Click, QKeySequence(Qt::CTRL | Qt::Key_R));
+    QAction *overview = items->addAction(QStringLiteral("Progress &overview..."));
+    overview->setObjectName(QStringLiteral("MenuProgressOverview"));
+    connect(overview, &QAction::triggered, this, [this] {
+        if (m_ctx.state.writingHtml || m_ctx.state.helpTextDB.isEmpty())
+            return;
+        if (!m_overview) {
+            m_overview = new ProgressWindow(m_ctx, m_logic, this);
+            m_logic.onStored = [this](const ItemAddress &item) {
+                if (m_overview)
+                    m_overview->refreshRow(item);
+            };
+        }
+        m_overview->show();
+        m_overview->raise();
+        m_overview->refresh();
+    });
 
     QMenu *machine = menuBar()->addMenu(QStringLiteral("&Machine"));
     addMenuAction(machine, Ctl::MenuMachineSelection, QStringLiteral("MenuMachineSelection"),

@@ -27,6 +27,7 @@ namespace ht
 struct StartupSession;
 class EscapeFilter;
 class QtStatusTarget;
+class ProgressWindow;
 
 class EditorWindow : public QMainWindow, public EditorView
 {
@@ -94,6 +95,7 @@ class EditorWindow : public QMainWindow, public EditorView
         *m_labelTranslated, *m_labelFindings;
     QGroupBox *m_frameDef;
     QListWidget *m_itemList;
+    QPointer<ProgressWindow> m_overview;
     QMap<Ctl, QAction *> m_actions;
     std::unique_ptr<QtStatusTarget> m_status;
     std::unique_ptr<EscapeFilter> m_escape;
