@@ -3,6 +3,7 @@
 
 #include "editor/forms/EditorWindow.h"
 #include "editor/forms/MachineSelectionForm.h"
+#include "editor/forms/ProgressWindow.h"
 #include "startup/StartupDialog.h"
 
 #include <QAction>
@@ -18,6 +19,7 @@
 #include <QPushButton>
 #include <QScrollBar>
 #include <QStatusBar>
+#include <QTableWidget>
 #include <QTest>
 
 namespace ht
@@ -280,6 +282,46 @@ TEST_F(EditorWindowTest, FindingsFollowTheTypingAndCtrlBCopiesTheSource)
     QTest::keyClick(destination(2), Qt::Key_B, Qt::ControlModifier);
     EXPECT_EQ(greek("Result", 1), "Machine stops");
     EXPECT_EQ(window->statusBar()->currentMessage(), "Stored: the Greek text of alarm 1");
+}
+
+} // namespace
+} // namespace ht
+
+namespace ht
+{
+namespace
+{
+
+TEST_F(EditorWindowTest, OverviewDoubleClickShowsTheFirstItemToDoAndASaveCountsItsRowAgain)
+{
+    window->findChild<QAction *>("MenuProgressOverview")->trigger();
+    auto *overview = window->findChild<ProgressWindow *>("ProgressWindow");
+    ASSERT_TRUE(overview && overview->isVisible());
+    QTest::qWait(0); // the findings follow the counts
+    auto *table = overview->findChild<QTableWidget *>("ProgressTable");
+    const auto rowOf = [&](const QString &machine, const QString &kind, const QString &language) {
+        for (int r = 0; r < table->rowCount(); ++r)
+            if (table->item(r, 0)->text() == machine && table->item(r, 1)->text() == kind &&
+                table->item(r, 2)->text() == language)
+                return r;
+        return -1;
+    };
+    const int row = rowOf("CT400", "warnings", "Russian");
+    ASSERT_GE(row, 0);
+    EXPECT_EQ(table->item(row, 5)->text(), "1"); // missing: warning 2
+
+    const QRect cell = table->visualItemRect(table->item(row, 4));
+    emit table->cellDoubleClicked(row, 4);
+    EXPECT_EQ(find<QComboBox>("ComboIndex")->currentText(), "2");
+    EXPECT_EQ(find<QComboBox>("ComboLanguageDestination")->currentText(), "Russian");
+    EXPECT_TRUE(window->windowTitle().contains("Warnings")) << window->windowTitle().toStdString();
+    QApplication::setActiveWindow(window); // as the translator clicks into it (offscreen: by hand)
+
+    typeInto(destination(3), "Перегрузка");
+    QTest::keyClick(destination(3), Qt::Key_Tab);
+    EXPECT_EQ(w.value("SELECT COUNT(*) FROM WarningText WHERE Function = 'Перегрузка'"), "1");
+    EXPECT_EQ(table->item(row, 4)->text(), "2"); // translated
+    EXPECT_EQ(table->item(row, 5)->text(), "0");
 }
 
 } // namespace

@@ -127,6 +127,11 @@ void ProgressWindow::openRow(int row)
     const ProgressCell &cell = m_cells[size_t(row)];
     // A row with nothing left to do shows its first item.
     m_editor.goToItem(cell.machine, cell.kind, cell.language, cell.firstToDo > 0 ? int(cell.firstToDo) : 1);
+    // The translator types on in the editor.
+    if (QWidget *editor = parentWidget()) {
+        editor->raise();
+        editor->activateWindow();
+    }
 }
 
 } // namespace ht
