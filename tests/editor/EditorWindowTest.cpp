@@ -310,8 +310,10 @@ TEST_F(EditorWindowTest, OverviewDoubleClickShowsTheFirstItemToDoAndASaveCountsI
     ASSERT_GE(row, 0);
     EXPECT_EQ(table->item(row, 5)->text(), "1"); // missing: warning 2
 
-    const QRect cell = table->visualItemRect(table->item(row, 4));
-    emit table->cellDoubleClicked(row, 4);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(overview));
+    const QPoint at = table->visualItemRect(table->item(row, 4)).center();
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, at);
+    QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, at);
     EXPECT_EQ(find<QComboBox>("ComboIndex")->currentText(), "2");
     EXPECT_EQ(find<QComboBox>("ComboLanguageDestination")->currentText(), "Russian");
     EXPECT_TRUE(window->windowTitle().contains("Warnings")) << window->windowTitle().toStdString();
