@@ -33,6 +33,7 @@ ProgressWindow::ProgressWindow(Context &ctx, EditorForm &editor, QWidget *parent
     m_table->setSelectionBehavior(QAbstractItemView::SelectRows);
     m_table->verticalHeader()->hide();
     m_note->setObjectName(QStringLiteral("ProgressNote"));
+    m_note->setMinimumHeight(m_note->fontMetrics().lineSpacing() * 2);
     m_note->setWordWrap(true);
     auto *layout = new QVBoxLayout(this);
     layout->addWidget(m_table);
