@@ -47,8 +47,8 @@ Findings WidthCheck::check(const FieldTexts &t, const QString &fontSpec)
     if (limit <= 0 || t.destination.trimmed().isEmpty())
         return {};
     // The font as the page writer takes it: name and weight of the language, size of the screen.
-    const QStringList spec = GetFontSpecs(fontSpec);
-    const QString name = spec.value(FontName), weight = spec.value(FontWeight);
+    const QStringList font = GetFontSpecs(fontSpec);
+    const QString name = font.value(FontName), weight = font.value(FontWeight);
     Findings out;
     const QStringList lines = textLines(t.destination);
     for (qsizetype i = 0; i < lines.size(); ++i) {

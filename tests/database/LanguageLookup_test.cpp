@@ -46,9 +46,9 @@ TEST(GetFontSpecs, SplitsNameAndNumbers)
         {"10 400", {"-1"}},
         {"", {"-1"}},
         {"   ", {"-1"}}};
-    for (auto [spec, expected] : cases) {
+    for (auto [written, expected] : cases) {
         expected.resize(8);
-        EXPECT_EQ(GetFontSpecs(QString::fromUtf8(spec)), expected) << spec;
+        EXPECT_EQ(GetFontSpecs(QString::fromUtf8(written)), expected) << written;
     }
 }
 
