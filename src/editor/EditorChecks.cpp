@@ -130,28 +130,16 @@ void EditorForm::refreshItemList(bool force)
         for (long n = 1; n <= count; ++n)
             lines << QString::number(n);
         if (!m_sourceLanguageNumber.isEmpty() && !m_shownItem.languageNumber.isEmpty() && count > 0) {
-            DatabaseCheck check(ctx.state.helpTextDB, checker());
-            const CheckLanguage *source = nullptr, *destination = nullptr;
-            for (const CheckLanguage &l : check.languages()) {
-                if (l.number == m_sourceLanguageNumber)
-                    source = &l;
-                if (l.number == m_shownItem.languageNumber)
-                    destination = &l;
-            }
             const long first = m_selection.firstItemID;
-            if (source && destination)
-                check.run(*destination, *source, {m_selection.machine, ctx.state.currentKind, {}},
-                          [&](const CheckedItem &item) {
-                              const long n = item.id - first + 1;
-                              if (n < 1 || n > count)
-                                  return;
-                              lines[n - 1] =
-                                  itemListLine(int(n), item.sourceStart, item.findings, item.missing, item.hasSource);
-                              for (const FieldTexts &t : item.texts)
-                                  found[n - 1] = found[n - 1] ||
-                                                 t.source.contains(m_itemListFilter, Qt::CaseInsensitive) ||
-                                                 t.destination.contains(m_itemListFilter, Qt::CaseInsensitive);
-                          });
+            checkShownPair([&](const CheckedItem &item) {
+                const long n = item.id - first + 1;
+                if (n < 1 || n > count)
+                    return;
+                lines[n - 1] = itemListLine(int(n), item.sourceStart, item.findings, item.missing, item.hasSource);
+                for (const FieldTexts &t : item.texts)
+                    found[n - 1] = found[n - 1] || t.source.contains(m_itemListFilter, Qt::CaseInsensitive) ||
+                                   t.destination.contains(m_itemListFilter, Qt::CaseInsensitive);
+            });
         }
         QStringList shown;
         for (long n = 1; n <= count; ++n)
@@ -199,6 +187,22 @@ void EditorForm::ItemList_Click(int number)
     }
 }
 
+// Runs the checks over the shown machine and kind for the shown language pair;
+// nothing when the database no longer has one of the two languages.
+void EditorForm::checkShownPair(const std::function<void(const CheckedItem &)> &each)
+{
+    DatabaseCheck check(ctx.state.helpTextDB, checker());
+    const CheckLanguage *source = nullptr, *destination = nullptr;
+    for (const CheckLanguage &l : check.languages()) {
+        if (l.number == m_sourceLanguageNumber)
+            source = &l;
+        if (l.number == m_shownItem.languageNumber)
+            destination = &l;
+    }
+    if (source && destination)
+        check.run(*destination, *source, {m_selection.machine, ctx.state.currentKind, {}}, each);
+}
+
 void EditorForm::findWithFindings(int direction)
 {
     if (!mayReplaceInput())
@@ -208,18 +212,8 @@ void EditorForm::findWithFindings(int direction)
         return;
     }
     QList<int> numbers;
-    DatabaseCheck check(ctx.state.helpTextDB, checker());
-    const CheckLanguage *source = nullptr, *destination = nullptr;
-    for (const CheckLanguage &l : check.languages()) {
-        if (l.number == m_sourceLanguageNumber)
-            source = &l;
-        if (l.number == m_shownItem.languageNumber)
-            destination = &l;
-    }
-    if (!source || !destination)
-        return;
     const long first = m_selection.firstItemID, count = ctx.state.maxItems[ctx.state.currentKind];
-    check.run(*destination, *source, {m_selection.machine, ctx.state.currentKind, {}}, [&](const CheckedItem &item) {
+    checkShownPair([&](const CheckedItem &item) {
         if (!item.findings.empty() && item.id >= first && item.id < first + count)
             numbers << int(item.id - first + 1);
     });

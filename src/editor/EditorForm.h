@@ -23,6 +23,7 @@ namespace ht
 struct Context;
 class Database;
 struct EditorKind;
+struct CheckedItem;
 class ItemChecker;
 
 // A language of the help-text database as the editor uses it.
@@ -177,6 +178,7 @@ class EditorForm
     QString itemListLine(int number, const QString &source, const Findings &findings, bool missing,
                          bool hasSource) const;
     void findWithFindings(int direction);
+    void checkShownPair(const std::function<void(const CheckedItem &)> &each);
     ItemChecker &checker();
     void setStatus(const QString &text); // a passing hint in the status line
 

@@ -32,6 +32,18 @@ std::unique_ptr<Database> openForWriting(const QString &path)
     return db;
 }
 
+// The marks of the database, or nothing when none were kept yet.
+std::unique_ptr<Database> openForReading(const QString &databasePath)
+{
+    const QString path = reviewMarksPath(databasePath);
+    if (!QFileInfo::exists(path))
+        return {};
+    auto db = Database::open(path, Database::Mode::ReadOnly);
+    if (!db->hasTable(QStringLiteral("TranslatedFrom")))
+        return {};
+    return db;
+}
+
 } // namespace
 
 QString reviewMarksPath(const QString &databasePath)
@@ -55,11 +67,8 @@ QHash<MarkKey, QString> readTranslatedFrom(const QString &databasePath, const QS
                                            const QString &sourceLanguage)
 {
     QHash<MarkKey, QString> kept;
-    const QString path = reviewMarksPath(databasePath);
-    if (!QFileInfo::exists(path))
-        return kept;
-    auto db = Database::open(path, Database::Mode::ReadOnly);
-    if (!db->hasTable(QStringLiteral("TranslatedFrom")))
+    const std::unique_ptr<Database> db = openForReading(databasePath);
+    if (!db)
         return kept;
     db->forEachRow(QStringLiteral("SELECT Kind, ItemID, Field, SourceText FROM TranslatedFrom WHERE Language = ? AND "
                                   "SourceLanguage = ?"),
@@ -74,11 +83,8 @@ QHash<QString, QString> readTranslatedFrom(const QString &databasePath, int kind
                                            const QString &sourceLanguage)
 {
     QHash<QString, QString> kept;
-    const QString path = reviewMarksPath(databasePath);
-    if (!QFileInfo::exists(path))
-        return kept;
-    auto db = Database::open(path, Database::Mode::ReadOnly);
-    if (!db->hasTable(QStringLiteral("TranslatedFrom")))
+    const std::unique_ptr<Database> db = openForReading(databasePath);
+    if (!db)
         return kept;
     for (const QVariantList &row :
          db->query(QStringLiteral("SELECT Field, SourceText FROM TranslatedFrom WHERE Kind = ? AND ItemID = ? AND "
