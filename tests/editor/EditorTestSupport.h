@@ -85,8 +85,6 @@ class HeadlessEditorView : public EditorView
     std::map<Key, Control> controls;
     Key focused{Ctl::MenuExit, -1}; // nothing
     QString caption, keyboard, layoutId;
-    bool busy = false;
-    int closed = 0, infoBoxes = 0;
     std::function<void()> machineSelection = [] {};
     HeadlessStatus status;
 
@@ -146,10 +144,10 @@ class HeadlessEditorView : public EditorView
         keyboard = t;
     }
     void clearUndo(Ctl, int) override {}
-    void setBusy(bool b) override { busy = b; }
+    void setBusy(bool) override {}
     void showMachineSelection() override { machineSelection(); }
-    void showInfoBox() override { ++infoBoxes; }
-    void closeForm() override { ++closed; }
+    void showInfoBox() override {}
+    void closeForm() override {}
     StatusTarget *statusTarget() override { return &status; }
 };
 
