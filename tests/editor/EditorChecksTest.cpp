@@ -2,7 +2,6 @@
 // items with findings; review marks kept by the save and found by the checks.
 #include "EditorTestSupport.h"
 
-#include "editor/EditorForm.h"
 #include "review/DatabaseCheck.h"
 #include "review/ReviewMarks.h"
 
@@ -13,37 +12,19 @@ namespace ht
 namespace
 {
 
-class ReviewMarks : public ::testing::Test
+class ReviewMarks : public test::EditorOn<>
 {
   protected:
-    test::EditorWorkspace w;
-    test::HeadlessEditorView view;
-    EditorForm form{w.t.ctx, view};
-
     void SetUp() override
     {
-        form.Form_Load();
-        view.setText(Ctl::ComboLanguageSource, QStringLiteral("English"));
-        view.setText(Ctl::ComboLanguageDestination, QStringLiteral("Greek"));
-        form.Form_Activate();
-        view.setText(Ctl::ComboIndex, QStringLiteral("1"));
-        form.ComboIndex_KeyDown(13);
+        open();
+        go(QStringLiteral("1"));
     }
-    void typeResult(const QString &text)
-    {
-        view.focused = {Ctl::TextDestination, 2};
-        view.setText(Ctl::TextDestination, 2, text);
-        form.TextDestination_Change(2);
-    }
+    void typeResult(const QString &text) { type(Ctl::TextDestination, 2, text); }
     void saveResult(const QString &text)
     {
         typeResult(text);
-        view.focused = {Ctl::MenuExit, -1};
-        form.TextDestination_LostFocus(2);
-    }
-    QString greekResult() const
-    {
-        return w.value("SELECT Result FROM AlarmText WHERE Alarm_ID = 1 AND Language = 1032");
+        leave();
     }
     // The review findings of the Greek alarms of the first machine.
     QStringList reviewFindings()
@@ -105,7 +86,7 @@ TEST_F(ReviewMarks, CopyingTheSourceStoresItAsTypedWithACue)
 {
     view.focused = {Ctl::TextDestination, 2};
     form.MenuCopySource_Click();
-    EXPECT_EQ(greekResult(), QStringLiteral("Machine stops"));
+    EXPECT_EQ(w.greek("Result", 1), QStringLiteral("Machine stops"));
     EXPECT_EQ(view.shown(Ctl::TextDestination, 1), QStringLiteral("Αποθήκη κουτιών")); // the other box as it was
     EXPECT_EQ(view.status.text, QStringLiteral("Stored: the Greek text of alarm 1"));
     EXPECT_TRUE(view.shown(Ctl::LabelFindings).contains(QStringLiteral("Result: the same as the source")));
@@ -134,8 +115,7 @@ TEST_F(ReviewMarks, ASourceChangedAfterTheSaveNeedsReviewUntilSavedAgain)
     EXPECT_EQ(reviewFindings(), QStringList{QStringLiteral("1 Result")});
 
     // The editor shows the old and the new source, the difference in brackets.
-    view.setText(Ctl::ComboIndex, QStringLiteral("1"));
-    form.ComboIndex_KeyDown(13);
+    go(QStringLiteral("1"));
     EXPECT_TRUE(view.shown(Ctl::LabelFindings)
                     .endsWith(QStringLiteral("source before: \"Machine stops\"; now: \"Machine stops [at once]\"")))
         << view.shown(Ctl::LabelFindings).toStdString();
@@ -149,7 +129,7 @@ TEST_F(ReviewMarks, ASourceChangedAfterTheSaveNeedsReviewUntilSavedAgain)
     EXPECT_EQ(reviewFindings(), QStringList{QStringLiteral("1 Result")});
     form.MenuReviewed_Click();
     EXPECT_TRUE(reviewFindings().isEmpty());
-    EXPECT_EQ(greekResult(), QStringLiteral("Η μηχανή σταματά αμέσως"));
+    EXPECT_EQ(w.greek("Result", 1), QStringLiteral("Η μηχανή σταματά αμέσως"));
 }
 
 TEST_F(ReviewMarks, ACompanionFileThatCannotBeWrittenCostsTheMarkNotTheText)
@@ -157,8 +137,7 @@ TEST_F(ReviewMarks, ACompanionFileThatCannotBeWrittenCostsTheMarkNotTheText)
     // A folder where the file would be: nothing can be kept there.
     ASSERT_TRUE(QDir().mkpath(reviewMarksPath(w.db())));
     saveResult(QStringLiteral("Η μηχανή σταματά τώρα"));
-    EXPECT_EQ(w.value("SELECT Result FROM AlarmText WHERE Alarm_ID = 1 AND Language = 1032"),
-              QStringLiteral("Η μηχανή σταματά τώρα"));
+    EXPECT_EQ(w.greek("Result", 1), QStringLiteral("Η μηχανή σταματά τώρα"));
     EXPECT_TRUE(w.t.ui.messageTexts().isEmpty());
     EXPECT_TRUE(w.t.errorLog().contains(QStringLiteral("review mark")));
 }

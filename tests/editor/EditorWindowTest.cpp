@@ -65,10 +65,6 @@ class EditorWindowTest : public ::testing::Test
         box->selectAll();
         typeText(box, text);
     }
-    QString greek(const char *field, int alarm) const
-    {
-        return w.value(QString("SELECT %1 FROM AlarmText WHERE Alarm_ID = ? AND Language = 1032").arg(field), {alarm});
-    }
     void activate() const
     {
         QEvent e(QEvent::WindowActivate);
@@ -85,12 +81,10 @@ TEST_F(EditorWindowTest, ALeftBoxIsStoredAndItsPageWritten)
     EXPECT_EQ(destination(1)->toPlainText(), "Αποθήκη κουτιών");
     typeInto(destination(3), "Νέα εξήγηση 😀");
     QTest::keyClick(destination(3), Qt::Key_Tab); // on to the definition boxes
-    EXPECT_EQ(greek("Function", 1), "Νέα εξήγηση 😀");
+    EXPECT_EQ(w.greek("Function", 1), "Νέα εξήγηση 😀");
     EXPECT_EQ(QApplication::focusWidget(), find<QLineEdit>("TextDefinition1")); // writing the page took no focus
     EXPECT_TRUE(window->centralWidget()->isEnabled());
-    const QByteArray page = test::readFileBytes(w.page("CT400/Alarms/Greek/1.html"));
-    EXPECT_TRUE(QString::fromUtf16(reinterpret_cast<const char16_t *>(page.constData()), page.size() / 2)
-                    .contains("Νέα εξήγηση"));
+    EXPECT_TRUE(w.pageText("CT400/Alarms/Greek/1.html").contains("Νέα εξήγηση"));
     EXPECT_EQ(find<QLabel>("LabelTranslated")->text(), "translated 1 of 2");
 }
 
@@ -99,7 +93,7 @@ TEST_F(EditorWindowTest, OpeningAMenuStoresTheTextFirst)
     typeInto(destination(2), "Σταματά");
     QMenu *items = window->menuBar()->actions().at(1)->menu();
     items->popup(window->mapToGlobal(QPoint(10, 10)));
-    EXPECT_EQ(greek("Result", 1), "Σταματά");
+    EXPECT_EQ(w.greek("Result", 1), "Σταματά");
     items->close();
 }
 
@@ -110,9 +104,6 @@ TEST_F(EditorWindowTest, TypedItemNumbersAreCorrectedAtEveryKey)
     number->selectAll();
     QTest::keyClicks(number, "300");
     EXPECT_EQ(number->text(), "256");
-    number->selectAll();
-    QTest::keyClicks(number, "x");
-    EXPECT_EQ(number->text(), "1");
     number->selectAll();
     QTest::keyClicks(number, "2");
     EXPECT_EQ(find<QPlainTextEdit>("TextSource1")->toPlainText(), "Main drive\nBrake");
@@ -139,8 +130,8 @@ TEST_F(EditorWindowTest, ATextThatFailedIsStoredUnderItsOwnItemWhenTheNumberChan
     other.reset();
     number->selectAll();
     QTest::keyClicks(number, "2");
-    EXPECT_EQ(greek("Device", 1), "Κρατημένο");
-    EXPECT_EQ(greek("Device", 2) + greek("Result", 2) + greek("Function", 2), "");
+    EXPECT_EQ(w.greek("Device", 1), "Κρατημένο");
+    EXPECT_EQ(w.greek("Device", 2) + w.greek("Result", 2) + w.greek("Function", 2), "");
     EXPECT_FALSE(QFile::exists(w.page("CT400/Alarms/Greek/2.html")));
     EXPECT_EQ(find<QPlainTextEdit>("TextSource1")->toPlainText(), "Main drive\nBrake");
     EXPECT_EQ(destination(1)->toPlainText(), "");
@@ -154,11 +145,12 @@ TEST_F(EditorWindowTest, UndoNeverReachesBackIntoTheItemBefore)
     QTest::keyClick(destination(3), Qt::Key_Z, Qt::ControlModifier);
     EXPECT_EQ(destination(3)->toPlainText(), "");
     QTest::keyClick(destination(3), Qt::Key_Tab);
-    EXPECT_EQ(greek("Function", 1), "Νέο κείμενο");
-    EXPECT_EQ(greek("Function", 2), "");
+    EXPECT_EQ(w.greek("Function", 1), "Νέο κείμενο");
+    EXPECT_EQ(w.greek("Function", 2), "");
 }
 
-// Boxes that cannot be typed into are drawn as the platform draws read-only boxes.
+// Boxes that cannot be typed into are drawn as the platform draws read-only
+// boxes (a hand-made page's: in AHandMadePageLocksTheItemUntilItIsDeleted).
 TEST_F(EditorWindowTest, BoxesThatCannotBeTypedIntoLookReadOnly)
 {
     const auto looksReadOnly = [](QWidget *box) {
@@ -168,10 +160,6 @@ TEST_F(EditorWindowTest, BoxesThatCannotBeTypedIntoLookReadOnly)
     };
     EXPECT_TRUE(looksReadOnly(find<QWidget>("TextSource3")));
     EXPECT_FALSE(looksReadOnly(destination(3)) || looksReadOnly(find<QWidget>("TextDefinition1")));
-    test::writeText(w.page("CT400/Alarms/Greek/1.html"), "<html><body>By hand</body></html>");
-    activate();
-    EXPECT_TRUE(looksReadOnly(destination(3)));
-    QFile::remove(w.page("CT400/Alarms/Greek/1.html"));
     window->setText(Ctl::ComboLanguageDestination, 0, ""); // no destination language
     window->logic().ComboIndex_Click();
     EXPECT_TRUE(looksReadOnly(destination(3)) && looksReadOnly(find<QWidget>("TextDefinition1")));
@@ -205,12 +193,14 @@ TEST_F(EditorWindowTest, AHandMadePageLocksTheItemUntilItIsDeleted)
     test::writeText(path, "<html><body>Written by the customer</body></html>");
     activate();
     EXPECT_TRUE(destination(1)->isReadOnly() && destination(3)->isReadOnly());
+    EXPECT_EQ(destination(3)->viewport()->palette().color(QPalette::Base),
+              QApplication::palette().color(QPalette::Window)); // looks it
     EXPECT_EQ(destination(1)->toPlainText(), "HTML file modified by Costumer.");
     EXPECT_EQ(destination(3)->toPlainText(), "To reset original values delete file " + path + "!");
     destination(3)->setFocus();
     typeText(destination(3), "ignored");
     QTest::keyClick(destination(3), Qt::Key_Tab);
-    EXPECT_EQ(greek("Function", 1).left(8), "Η αποθήκ");
+    EXPECT_EQ(w.greek("Function", 1).left(8), "Η αποθήκ");
 
     QFile::remove(path);
     activate();
@@ -225,7 +215,7 @@ TEST_F(EditorWindowTest, CtrlJGoesToTheNextUntranslatedItemFromAnyBox)
     EXPECT_EQ(find<QComboBox>("ComboIndex")->currentText(), "2");
     typeInto(destination(3), "Υπερφόρτωση");
     QTest::keyClick(destination(3), Qt::Key_K, Qt::ControlModifier); // stores first, then finds none left
-    EXPECT_EQ(greek("Function", 2), "Υπερφόρτωση");
+    EXPECT_EQ(w.greek("Function", 2), "Υπερφόρτωση");
     EXPECT_EQ(window->statusBar()->currentMessage(), "Every item with a source text is translated");
 }
 
@@ -252,14 +242,6 @@ TEST_F(EditorWindowTest, EscStopsAPageRunBetweenPages)
     EXPECT_TRUE(window->menuBar()->isEnabled() && window->centralWidget()->isEnabled());
 }
 
-} // namespace
-} // namespace ht
-
-namespace ht
-{
-namespace
-{
-
 // The findings of the item under the boxes as the translator types, and
 // Ctrl+B, in the real window. With HELPTEXT_SCREENSHOTS set to a folder the
 // window is saved there as a picture for the README.
@@ -280,17 +262,9 @@ TEST_F(EditorWindowTest, FindingsFollowTheTypingAndCtrlBCopiesTheSource)
 
     destination(2)->setFocus();
     QTest::keyClick(destination(2), Qt::Key_B, Qt::ControlModifier);
-    EXPECT_EQ(greek("Result", 1), "Machine stops");
+    EXPECT_EQ(w.greek("Result", 1), "Machine stops");
     EXPECT_EQ(window->statusBar()->currentMessage(), "Stored: the Greek text of alarm 1");
 }
-
-} // namespace
-} // namespace ht
-
-namespace ht
-{
-namespace
-{
 
 TEST_F(EditorWindowTest, OverviewDoubleClickShowsTheFirstItemToDoAndASaveCountsItsRowAgain)
 {

@@ -49,29 +49,28 @@ TEST_F(Machines, ChoosingSetsTheMachineAndItsFirstItem)
 TEST_F(Machines, RenameRefusesNamesThatCannotBeAMachine)
 {
     dialog.Form_Load();
+    const QString folderRule = "cannot name a machine: its help pages are kept in a folder of that name, which "
+                               "Windows must accept too (no \" * ? < > |, no dot or blank at the end, no device "
+                               "name such as CON or COM1).";
     const struct {
-        const char *typed, *message;
+        const char *typed;
+        QString message; // the end of the one message shown
     } cases[] = {{"FL220", "A machine named \"FL220\" already exists."},
                  {"fl220", "A machine named \"fl220\" already exists."},
                  {"  ", "No new name entered, action cancelled!"},
                  {"0", "The name \"0\" marks free rows and cannot name a machine."},
-                 {"CT400", "The machine is named \"CT400\" already: there is nothing to do."}};
-    for (const char *name : {"../CT", "CON", "com1.txt", "a?b", "Line 3."}) {
-        w.t.ui.shown.clear();
-        w.t.ui.push(QString(name));
-        dialog.CommandRename_Click();
-        ASSERT_TRUE(
-            w.t.ui.messageTexts().value(0).endsWith("cannot name a machine: its help pages are kept in a "
-                                                    "folder of that name, which Windows must accept too (no \" "
-                                                    "* ? < > |, no dot or blank at the end, no device name such "
-                                                    "as CON or COM1)."))
-            << name;
-    }
+                 {"CT400", "The machine is named \"CT400\" already: there is nothing to do."},
+                 {"../CT", folderRule},
+                 {"CON", folderRule},
+                 {"com1.txt", folderRule},
+                 {"a?b", folderRule},
+                 {"Line 3.", folderRule}};
     for (const auto &c : cases) {
         w.t.ui.shown.clear();
         w.t.ui.push(QString(c.typed));
         dialog.CommandRename_Click();
-        ASSERT_EQ(w.t.ui.messageTexts(), QStringList{c.message}) << c.typed;
+        ASSERT_EQ(w.t.ui.messageTexts().size(), 1) << c.typed;
+        EXPECT_TRUE(w.t.ui.messageTexts()[0].endsWith(c.message)) << c.typed;
     }
     EXPECT_EQ(count("AlarmDefinition", "CT400"), "256");
 }

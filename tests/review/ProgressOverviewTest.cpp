@@ -17,15 +17,15 @@ TEST(ProgressOverview, RowsCountEachCellAndNameItsFirstItemToDo)
     const QString db = t.path("Helptext.sqlite");
     makeDemoHelpTextDB(db);
     // German alarm 2 of CT400 was translated from an older English text.
-    const long id = Database::open(db)
-                        ->query("SELECT AlarmID FROM AlarmDefinition WHERE MachineType = 'CT400' AND AlarmNo = 2")
+    auto d = Database::open(db);
+    const long id = d->query("SELECT AlarmID FROM AlarmDefinition WHERE MachineType = 'CT400' AND AlarmNo = 2")
                         .value(0)
                         .toLongLong();
     const QString device =
-        Database::open(db)
-            ->query("SELECT Device FROM AlarmText WHERE Alarm_ID = ? AND Language = 1033", {qlonglong(id)})
+        d->query("SELECT Device FROM AlarmText WHERE Alarm_ID = ? AND Language = 1033", {qlonglong(id)})
             .value(0)
             .toString();
+    d.reset();
     keepTranslatedFrom(db, KindAlarms, id, "1031", "1033", {{"Device", device + " (old)"}});
 
     ProgressOverview overview(t.ctx, db, "English");

@@ -71,19 +71,17 @@ TEST_F(Commands, ReportCountsEachCellAndWritesTheHtmlPage)
 
 TEST_F(Commands, ReviewedClearsTheMarkOfAChangedSource)
 {
-    const QStringList greek{"check", "--database", db, "--language", "Greek", "--only", "review"};
-    ASSERT_EQ(run({"reviewed", "--database", db, "--language", "Greek", "--machine", "CT400", "--kind", "alarms",
-                   "--item", "1"}),
-              0);
-    EXPECT_EQ(run(greek), 0);
+    const QStringList check{"check", "--database", db, "--language", "Greek", "--only", "review"};
+    const auto reviewed = [&](const char *item) {
+        return run({"reviewed", "--database", db, "--language", "Greek", "--machine", "CT400", "--kind", "alarms",
+                    "--item", item});
+    };
+    ASSERT_EQ(reviewed("1"), 0);
+    EXPECT_EQ(run(check), 0);
     Database::open(db)->exec("UPDATE AlarmText SET Result = 'Machine stops at once' WHERE Alarm_ID = 1 AND "
                              "Language = 1033");
-    EXPECT_EQ(run(greek), 1);
-    EXPECT_EQ(run({"reviewed", "--database", db, "--language", "Greek", "--machine", "CT400", "--kind", "alarms",
-                   "--item", "1"}),
-              0);
-    EXPECT_EQ(run(greek), 0);
-    EXPECT_EQ(run({"reviewed", "--database", db, "--language", "Greek", "--machine", "CT400", "--kind", "alarms",
-                   "--item", "9999"}),
-              2);
+    EXPECT_EQ(run(check), 1);
+    EXPECT_EQ(reviewed("1"), 0);
+    EXPECT_EQ(run(check), 0);
+    EXPECT_EQ(reviewed("9999"), 2);
 }
