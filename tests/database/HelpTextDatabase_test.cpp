@@ -211,19 +211,20 @@ TEST(JetHelpText, AFailedCheckLeavesEveryFileAsItWas)
         const QString jet = t.path(QStringLiteral("Machine.mdb"));
         ASSERT_TRUE(QFile::copy(jetTestFile(QStringLiteral("testUnicodeCompV2003")), jet));
         besides[i](t.path(QStringLiteral("Machine.sqlite")));
-        QList<QByteArray> before;
-        for (const QString &f : filesIn(t.dir.path()))
-            before << readFileBytes(t.path(f));
+        const auto contents = [&] {
+            QList<QByteArray> all;
+            for (const QString &f : filesIn(t.dir.path()))
+                all << readFileBytes(t.path(f));
+            return all;
+        };
+        const QList<QByteArray> before = contents();
 
         EXPECT_EQ(CheckConnection(t.ctx, jet, i == 2 ? ConnectFor::Reading : ConnectFor::Editing), QString());
 
         EXPECT_EQ(t.ui.messageTexts(), QStringList{failureText(jet)}) << i;
         EXPECT_TRUE(t.errorLog().contains(QLatin1String("CheckConnection: "))) << "the cause is logged";
         QFile::remove(errorLogPath(t.ctx));
-        QList<QByteArray> after;
-        for (const QString &f : filesIn(t.dir.path()))
-            after << readFileBytes(t.path(f));
-        EXPECT_EQ(after, before) << i;
+        EXPECT_EQ(contents(), before) << i;
     }
 }
 
