@@ -31,70 +31,58 @@ QString failureText(const QString &path)
 
 } // namespace
 
-// Each case spoils a good database in one way.
-struct BadInput {
-    const char *name;
-    std::function<void(const QString &path)> spoil;
-};
-
-void PrintTo(const BadInput &c, std::ostream *os)
-{
-    *os << c.name;
-}
-
-class CheckConnectionBadInput : public ::testing::TestWithParam<BadInput>
-{
-};
-
-TEST_P(CheckConnectionBadInput, FailsWithItsMessageAndChangesNothing)
-{
-    DbTestContext t;
-    const QString db = t.newHelpDb();
-    GetParam().spoil(db);
-    const QByteArray before = readFileBytes(db);
-    const QStringList filesBefore = filesIn(t.dir.path());
-    t.ctx.state.helpTextDB = QStringLiteral("previous.mdb");
-
-    EXPECT_EQ(CheckConnection(t.ctx, db), QString());
-
-    EXPECT_EQ(t.ctx.state.helpTextDB, QStringLiteral("previous.mdb"));
-    ASSERT_EQ(t.ui.shown.size(), 1u);
-    EXPECT_EQ(t.ui.shown[0].text, failureText(db));
-    EXPECT_EQ(t.ui.shown[0].title, QStringLiteral("Connection failed!"));
-    EXPECT_EQ(t.ui.shown[0].icon, Icon::Critical);
-    EXPECT_EQ(readFileBytes(db), before);
-    EXPECT_TRUE(t.errorLog().contains(QLatin1String("CheckConnection: "))) << "the cause is logged";
-    QFile::remove(errorLogPath(t.ctx));
-    EXPECT_EQ(filesIn(t.dir.path()), filesBefore);
-}
-
 void dropTable(const QString &p, const char *table)
 {
     openRW(p)->exec(QStringLiteral("DROP TABLE ") + QLatin1String(table));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Cases, CheckConnectionBadInput,
-    ::testing::Values(
-        BadInput{"NotADatabase", [](const QString &p) { writeFileBytes(p, "AlarmDefinition;WarningText\r\n"); }},
-        BadInput{"Missing", [](const QString &p) { QFile::remove(p); }},
-        BadInput{"ZeroBytes", [](const QString &p) { writeFileBytes(p, QByteArray()); }},
-        BadInput{"Truncated", [](const QString &p) { writeFileBytes(p, readFileBytes(p).left(8192)); }},
-        BadInput{"MissingTable", [](const QString &p) { dropTable(p, "Discription"); }},
-        BadInput{
-            "MissingColumn",
-            [](const QString &p) { openRW(p)->dropColumn(QStringLiteral("Language"), QStringLiteral("KBLayout")); }},
-        BadInput{"MaterialChangeWithoutTexts", [](const QString &p) { dropTable(p, "MaterialChangeText"); }},
-        BadInput{"NumericMachineTypeButNoDiscription",
-                 [](const QString &p) {
-                     openRW(p)->changeColumnType(QStringLiteral("AlarmDefinition"), QStringLiteral("MachineType"),
-                                                 QStringLiteral("INTEGER"));
-                     dropTable(p, "Discription");
-                 }},
+// Each case spoils a good database in one way.
+TEST(CheckConnection, ABadDatabaseFailsWithItsMessageAndChangesNothing)
+{
+    const struct {
+        const char *name;
+        std::function<void(const QString &path)> spoil;
+    } cases[] = {
+        {"NotADatabase", [](const QString &p) { writeFileBytes(p, "AlarmDefinition;WarningText\r\n"); }},
+        {"Missing", [](const QString &p) { QFile::remove(p); }},
+        {"ZeroBytes", [](const QString &p) { writeFileBytes(p, QByteArray()); }},
+        {"Truncated", [](const QString &p) { writeFileBytes(p, readFileBytes(p).left(8192)); }},
+        {"MissingTable", [](const QString &p) { dropTable(p, "Discription"); }},
+        {"MissingColumn",
+         [](const QString &p) { openRW(p)->dropColumn(QStringLiteral("Language"), QStringLiteral("KBLayout")); }},
+        {"MaterialChangeWithoutTexts", [](const QString &p) { dropTable(p, "MaterialChangeText"); }},
+        {"NumericMachineTypeButNoDiscription",
+         [](const QString &p) {
+             openRW(p)->changeColumnType(QStringLiteral("AlarmDefinition"), QStringLiteral("MachineType"),
+                                         QStringLiteral("INTEGER"));
+             dropTable(p, "Discription");
+         }},
         // SQLite refuses to write a file whose header asks for a newer writer: a
         // write-protected database even for root.
-        BadInput{"WriteProtected", [](const QString &p) { writeFileBytes(p, readFileBytes(p).replace(18, 1, "\3")); }}),
-    [](const ::testing::TestParamInfo<BadInput> &info) { return std::string(info.param.name); });
+        {"WriteProtected", [](const QString &p) { writeFileBytes(p, readFileBytes(p).replace(18, 1, "\3")); }},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        DbTestContext t;
+        const QString db = t.newHelpDb();
+        c.spoil(db);
+        const QByteArray before = readFileBytes(db);
+        const QStringList filesBefore = filesIn(t.dir.path());
+        t.ctx.state.helpTextDB = QStringLiteral("previous.mdb");
+
+        EXPECT_EQ(CheckConnection(t.ctx, db), QString());
+
+        EXPECT_EQ(t.ctx.state.helpTextDB, QStringLiteral("previous.mdb"));
+        ASSERT_EQ(t.ui.shown.size(), 1u);
+        EXPECT_EQ(t.ui.shown[0].text, failureText(db));
+        EXPECT_EQ(t.ui.shown[0].title, QStringLiteral("Connection failed!"));
+        EXPECT_EQ(t.ui.shown[0].icon, Icon::Critical);
+        EXPECT_EQ(readFileBytes(db), before);
+        EXPECT_TRUE(t.errorLog().contains(QLatin1String("CheckConnection: "))) << "the cause is logged";
+        QFile::remove(errorLogPath(t.ctx));
+        EXPECT_EQ(filesIn(t.dir.path()), filesBefore);
+    }
+}
 
 // An older database: numeric machine types, a machine-type conversion that stopped
 // half-way, a stale language font and a longer alarm count than the tables hold.
