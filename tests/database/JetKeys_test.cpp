@@ -93,14 +93,6 @@ int depth(const QString &path, const QString &table, int index)
     return levels;
 }
 
-// indexTestV2000's bytes, and where the flags of Table1's primary key (index 1) lie.
-std::pair<QByteArray, qsizetype> primaryKeyFlagsOfIndexTest()
-{
-    const QByteArray bytes = readFileBytes(jetTestFile(u"indexTestV2000"_s));
-    const TableDef t = readTableDef(Image(bytes, u"x"_s), 24, u"Table1"_s);
-    return {bytes, 24 * kPageSize + t.indexBlockOffsets[1] + kIndexBlockFlags};
-}
-
 } // namespace
 
 TEST(JetKeys, RandomInsertsDeletesAndKeyChangesKeepEveryIndexSound)
@@ -399,8 +391,9 @@ TEST(JetKeys, NullKeysAsTheIndexAllows)
     } cases[] = {{kIndexUnique | 0x80, ""}, {kIndexUnique | kIndexRequired | 0x80, "primary key empty"}};
     for (const auto &k : cases) {
         QTemporaryDir dir;
-        auto [bytes, flags] = primaryKeyFlagsOfIndexTest();
-        bytes[flags] = char(k.flags);
+        QByteArray bytes = readFileBytes(jetTestFile(u"indexTestV2000"_s));
+        const TableDef t = readTableDef(Image(bytes, u"x"_s), 24, u"Table1"_s);
+        bytes[24 * kPageSize + t.indexBlockOffsets[1] + kIndexBlockFlags] = char(k.flags);
         const QString path = writeIn(dir, u"nulls.mdb"_s, bytes);
         const QString why = dbErrorOf([&] {
             Editor e(path);
@@ -422,7 +415,9 @@ TEST(JetKeys, TheCheckFindsKeysAnIndexMayNotHold)
     } cases[] = {{1, "is another row's too"}, {QVariant(), "no value in a required key"}};
     for (const auto &k : cases) {
         QTemporaryDir dir;
-        auto [bytes, flags] = primaryKeyFlagsOfIndexTest();
+        QByteArray bytes = readFileBytes(jetTestFile(u"indexTestV2000"_s));
+        const TableDef t = readTableDef(Image(bytes, u"x"_s), 24, u"Table1"_s);
+        const qsizetype flags = 24 * kPageSize + t.indexBlockOffsets[1] + kIndexBlockFlags;
         const char accessFlags = bytes[flags];
         bytes[flags] = char(0x80);
         const QString path = writeIn(dir, u"keys.mdb"_s, bytes);
