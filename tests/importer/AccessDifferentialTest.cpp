@@ -28,12 +28,6 @@ QString plain(const QVariant &v)
 
 using Rows = QStringList; // each row's values joined by '|', sorted
 
-Rows sorted(Rows rows)
-{
-    rows.sort();
-    return rows;
-}
-
 // Every table of the Access file, with its columns in column-number order.
 std::vector<std::pair<QString, QStringList>> accessTables(const QString &path)
 {
@@ -62,7 +56,8 @@ Rows throughDatabase(const QString &path, const QString &table, const QStringLis
             values << plain(v);
         rows << values.join(u'|');
     }
-    return sorted(rows);
+    rows.sort();
+    return rows;
 }
 
 Rows throughLibmdb(const QString &path, const QString &table, const QStringList &columns)
@@ -82,7 +77,8 @@ Rows throughLibmdb(const QString &path, const QString &table, const QStringList 
                 values << plain(row.value(i));
             rows << values.join(u'|');
         });
-    return sorted(rows);
+    rows.sort();
+    return rows;
 }
 
 class AccessAndSqlite : public ::testing::Test

@@ -37,36 +37,26 @@ TEST_F(NewDatabaseCommand, MakesAccessOrSqliteAndNeverReplacesAFile)
     const QString existing = t.path("Existing.mdb");
     test::writeFileBytes(existing, "not a database");
     const struct {
-        const char *what;
+        const char *what, *to; // to: the file asked for, in the test's folder
         QStringList args;
         int code;
         DbFormat format; // of the file made; Missing when none is left
         const char *tables, *perMachine;
     } cases[] = {
-        {"an Access file by default", {"--to", t.path("A.mdb")}, 0, DbFormat::Jet, "9", "256"},
-        {"without material change",
-         {"--to", t.path("B.mdb"), "--without-material-change"},
-         0,
-         DbFormat::Jet,
-         "7",
-         "256"},
-        {"SQLite when asked", {"--to", t.path("C.sqlite"), "--format", "sqlite"}, 0, DbFormat::SQLite, "9", "256"},
-        {"SQLite with 3 added",
-         {"--to", t.path("D.sqlite"), "--format", "sqlite", "--added", "3"},
-         0,
-         DbFormat::SQLite,
-         "9",
-         "259"},
-        {"Access with 3 added", {"--to", t.path("D.mdb"), "--added", "3"}, 0, DbFormat::Jet, "9", "259"},
-        {"no --to", {"--format", "access"}, 2, DbFormat::Missing, "", ""},
-        {"an unknown format", {"--to", t.path("E.mdb"), "--format", "xls"}, 2, DbFormat::Missing, "", ""},
-        {"--added not a number", {"--to", t.path("F.mdb"), "--added", "many"}, 2, DbFormat::Missing, "", ""},
-        {"a folder that is not there", {"--to", t.path("none/G.mdb")}, 1, DbFormat::Missing, "", ""},
+        {"an Access file by default", "A.mdb", {}, 0, DbFormat::Jet, "9", "256"},
+        {"without material change", "B.mdb", {"--without-material-change"}, 0, DbFormat::Jet, "7", "256"},
+        {"SQLite when asked", "C.sqlite", {"--format", "sqlite"}, 0, DbFormat::SQLite, "9", "256"},
+        {"SQLite with 3 added", "D.sqlite", {"--format", "sqlite", "--added", "3"}, 0, DbFormat::SQLite, "9", "259"},
+        {"Access with 3 added", "D.mdb", {"--added", "3"}, 0, DbFormat::Jet, "9", "259"},
+        {"no --to", nullptr, {"--format", "access"}, 2, DbFormat::Missing, "", ""},
+        {"an unknown format", "E.mdb", {"--format", "xls"}, 2, DbFormat::Missing, "", ""},
+        {"--added not a number", "F.mdb", {"--added", "many"}, 2, DbFormat::Missing, "", ""},
+        {"a folder that is not there", "none/G.mdb", {}, 1, DbFormat::Missing, "", ""},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.what);
-        ASSERT_EQ(run(c.args), c.code) << qPrintable(err);
-        const QString made = c.args.value(int(c.args.indexOf("--to")) + 1);
+        const QString made = c.to ? t.path(c.to) : QString();
+        ASSERT_EQ(run((c.to ? QStringList{"--to", made} : QStringList()) + c.args), c.code) << qPrintable(err);
         EXPECT_EQ(detectDatabaseFormat(made), c.format);
         if (c.format == DbFormat::Missing)
             continue;
